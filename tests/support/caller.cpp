@@ -32,8 +32,7 @@ Caller::Caller(const Kernel& kernel, const Library& library)
     if (kernel.operands_on_stack()) {
       arguments_.push_back({Place::stack, stack_bytes});
       stack_bytes += sizeof(Vector);
-    } else if (kernel.width == 1 && !is_float(lane) &&
-               kernel.family->form != grammar::Form::from_payload) {
+    } else if (kernel.width == 1 && !is_float(lane)) {
       arguments_.push_back({Place::general, kIntegerArguments[integers++]});
     } else {
       arguments_.push_back({Place::vector, vectors});

@@ -35,7 +35,7 @@ std::vector<ValueEntry> entries_for(const Variant& variant) {
 std::vector<Variant> variants_with_values() {
   std::vector<Variant> list;
   for (const Variant& variant : variants())
-    if (!entries_for(variant).empty()) list.push_back(variant);
+    if (variant.library->name != "probes" && !entries_for(variant).empty()) list.push_back(variant);
   return list;
 }
 
