@@ -1,0 +1,14 @@
+# Library, public header, CMake package and pkg-config file.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS zorp_z1 EXPORT zorp_z1-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(EXPORT zorp_z1-targets NAMESPACE zorp:: FILE zorp_z1-config.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zorp_z1)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/zorp_z1-config-version.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/zorp_z1-config-version.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zorp_z1)
+configure_file(cmake/zorp_z1.pc.in zorp_z1.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/zorp_z1.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

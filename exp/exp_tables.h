@@ -1,0 +1,204 @@
+// Tables of 2^x at multiples of 1/n.
+// Written by tools/make_tables.py.
+#pragma once
+
+#include "frame/row.h"
+
+namespace zorp {
+
+/// 2^(j/8), rounded
+inline constexpr Table<double, 8> exp2_high_double_8 = {{
+    0x3FF0000000000000,
+    0x3FF172B83C7D517B,
+    0x3FF306FE0A31B715,
+    0x3FF4BFDAD5362A27,
+    0x3FF6A09E667F3BCD,
+    0x3FF8ACE5422AA0DB,
+    0x3FFAE89F995AD3AD,
+    0x3FFD5818DCFBA487,
+}};
+
+/// What 2^(j/8) is above its rounded value, divided by that value
+inline constexpr Table<double, 8> exp2_low_relative_double_8 = {{
+    0x0000000000000000,
+    0xBC801B15EAA59348,
+    0x3C834D754DB0ABB6,
+    0x3C7690CEBB7AAFB0,
+    0xBC93B3EFBF5E2228,
+    0x3C8DB72FC1F0EAB4,
+    0x3C8C1A7792CB3387,
+    0x3C74A385A63D07A7,
+}};
+
+/// 2^(j/16), rounded
+inline constexpr Table<double, 16> exp2_high_double_16 = {{
+    0x3FF0000000000000,
+    0x3FF0B5586CF9890F,
+    0x3FF172B83C7D517B,
+    0x3FF2387A6E756238,
+    0x3FF306FE0A31B715,
+    0x3FF3DEA64C123422,
+    0x3FF4BFDAD5362A27,
+    0x3FF5AB07DD485429,
+    0x3FF6A09E667F3BCD,
+    0x3FF7A11473EB0187,
+    0x3FF8ACE5422AA0DB,
+    0x3FF9C49182A3F090,
+    0x3FFAE89F995AD3AD,
+    0x3FFC199BDD85529C,
+    0x3FFD5818DCFBA487,
+    0x3FFEA4AFA2A490DA,
+}};
+
+/// What 2^(j/16) is above its rounded value, beside that value
+inline constexpr Table<double, 16> exp2_low_absolute_double_16 = {{
+    0x0000000000000000,
+    0x3C98A62E4ADC610B,
+    0xBC819041B9D78A76,
+    0x3C99B07EB6C70573,
+    0x3C86F46AD23182E4,
+    0x3C8ADA0911F09EBC,
+    0x3C7D4397AFEC42E2,
+    0x3C96324C054647AD,
+    0xBC9BDD3413B26456,
+    0xBC841577EE04992F,
+    0x3C96E9F156864B27,
+    0x3C7C7C46B071F2BE,
+    0x3C97A1CD345DCC81,
+    0x3C811065895048DD,
+    0x3C82ED02D75B3707,
+    0xBC9E9C23179C2893,
+}};
+
+/// What 2^(j/16) is above its rounded value, divided by that value
+inline constexpr Table<double, 16> exp2_low_relative_double_16 = {{
+    0x0000000000000000,
+    0x3C979AA65D837B6D,
+    0xBC801B15EAA59348,
+    0x3C968EFDE3A8A894,
+    0x3C834D754DB0ABB6,
+    0x3C859F48A72A4C6D,
+    0x3C7690CEBB7AAFB0,
+    0x3C9063E1E21C5409,
+    0xBC93B3EFBF5E2228,
+    0xBC7B32DCB94DA51D,
+    0x3C8DB72FC1F0EAB4,
+    0x3C71AFFC2B91CE27,
+    0x3C8C1A7792CB3387,
+    0x3C736EAE30AF0CB3,
+    0x3C74A385A63D07A7,
+    0xBC8FF7128FD391F0,
+}};
+
+/// 2^(j/16), rounded
+inline constexpr Table<float, 16> exp2_high_float_16 = {{
+    0x3F800000,
+    0x3F85AAC3,
+    0x3F8B95C2,
+    0x3F91C3D3,
+    0x3F9837F0,
+    0x3F9EF532,
+    0x3FA5FED7,
+    0x3FAD583F,
+    0x3FB504F3,
+    0x3FBD08A4,
+    0x3FC5672A,
+    0x3FCE248C,
+    0x3FD744FD,
+    0x3FE0CCDF,
+    0x3FEAC0C7,
+    0x3FF5257D,
+}};
+
+/// What 2^(j/16) is above its rounded value, beside that value
+inline constexpr Table<float, 16> exp2_low_absolute_float_16 = {{
+    0x00000000,
+    0x334F9891,
+    0xB260ABA1,
+    0x33675624,
+    0x33231B71,
+    0x33412342,
+    0xB32C9D5E,
+    0xB22DEAF6,
+    0x32CFE77A,
+    0xB3414FE8,
+    0x320AA837,
+    0x3228FC24,
+    0xB2D4A58A,
+    0xB21EAB59,
+    0xB24116DE,
+    0x32292436,
+}};
+
+/// What 2^(j/16) is above its rounded value, divided by that value
+inline constexpr Table<float, 16> exp2_low_relative_float_16 = {{
+    0x00000000,
+    0x3346CB6A,
+    0xB24E0611,
+    0x334B2482,
+    0x33092801,
+    0x331B85F2,
+    0xB3051AA8,
+    0xB2006C56,
+    0x329302AE,
+    0xB302E5A2,
+    0x31B3D0E5,
+    0x31D1DAF2,
+    0xB27CE182,
+    0xB1B4B0DA,
+    0xB1D290BE,
+    0x31B0A147,
+}};
+
+/// 2^(j/32), rounded
+inline constexpr Table<float, 32> exp2_high_float_32 = {{
+    0x3F800000, 0x3F82CD87, 0x3F85AAC3, 0x3F88980F, 0x3F8B95C2, 0x3F8EA43A, 0x3F91C3D3, 0x3F94F4F0,
+    0x3F9837F0, 0x3F9B8D3A, 0x3F9EF532, 0x3FA27043, 0x3FA5FED7, 0x3FA9A15B, 0x3FAD583F, 0x3FB123F6,
+    0x3FB504F3, 0x3FB8FBAF, 0x3FBD08A4, 0x3FC12C4D, 0x3FC5672A, 0x3FC9B9BE, 0x3FCE248C, 0x3FD2A81E,
+    0x3FD744FD, 0x3FDBFBB8, 0x3FE0CCDF, 0x3FE5B907, 0x3FEAC0C7, 0x3FEFE4BA, 0x3FF5257D, 0x3FFA83B3,
+}};
+
+/// What 2^(j/32) is above its rounded value, divided by that value
+inline constexpr Table<float, 32> exp2_low_relative_float_32 = {{
+    0x00000000, 0xB34A3A0A, 0x3346CB6A, 0xB36ED17E, 0xB24E0611, 0xB3517DD9, 0x334B2482, 0xB31586DE,
+    0x33092801, 0xB2E6F467, 0x331B85F2, 0x3099B6F1, 0xB3051AA8, 0xB2E2A0DA, 0xB2006C56, 0xB3365942,
+    0x329302AE, 0x32C595DC, 0xB302E5A2, 0xB28E10A1, 0x31B3D0E5, 0xB31A472B, 0x31D1DAF2, 0xB305BF64,
+    0xB27CE182, 0xB2F26443, 0xB1B4B0DA, 0xB1DA8A8F, 0xB1D290BE, 0xB2D5B899, 0x31B0A147, 0xB2156AFC,
+}};
+
+/// 2^(j/16384), rounded
+inline constexpr Table<float, 16> exp2_fine_float_16 = {{
+    0x3F800000,
+    0x3F800163,
+    0x3F8002C6,
+    0x3F800429,
+    0x3F80058C,
+    0x3F8006EF,
+    0x3F800852,
+    0x3F8009B5,
+    0x3F800B18,
+    0x3F800C7B,
+    0x3F800DDE,
+    0x3F800F41,
+    0x3F8010A4,
+    0x3F801207,
+    0x3F80136A,
+    0x3F8014CD,
+}};
+
+/// 2^(j/1024), rounded
+inline constexpr Table<float, 32> exp2_middle_float_32 = {{
+    0x3F800000, 0x3F801630, 0x3F802C64, 0x3F80429C, 0x3F8058D8, 0x3F806F17, 0x3F80855B, 0x3F809BA2,
+    0x3F80B1ED, 0x3F80C83C, 0x3F80DE8F, 0x3F80F4E6, 0x3F810B41, 0x3F81219F, 0x3F813802, 0x3F814E68,
+    0x3F8164D2, 0x3F817B40, 0x3F8191B2, 0x3F81A828, 0x3F81BEA1, 0x3F81D51F, 0x3F81EBA1, 0x3F820226,
+    0x3F8218AF, 0x3F822F3C, 0x3F8245CE, 0x3F825C63, 0x3F8272FC, 0x3F828998, 0x3F82A039, 0x3F82B6DE,
+}};
+
+/// 2^(j/32), rounded
+inline constexpr Table<half, 32> exp2_high_half_32 = {{
+    0x3C00, 0x3C16, 0x3C2D, 0x3C45, 0x3C5D, 0x3C75, 0x3C8E, 0x3CA8, 0x3CC2, 0x3CDC, 0x3CF8,
+    0x3D14, 0x3D30, 0x3D4D, 0x3D6B, 0x3D89, 0x3DA8, 0x3DC8, 0x3DE8, 0x3E09, 0x3E2B, 0x3E4E,
+    0x3E71, 0x3E95, 0x3EBA, 0x3EE0, 0x3F06, 0x3F2E, 0x3F56, 0x3F7F, 0x3FA9, 0x3FD4,
+}};
+
+}  // namespace zorp

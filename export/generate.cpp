@@ -1,0 +1,209 @@
+// Writes what is derived from the grammar of the exported names:
+//
+//   generate kernels ELEMENT HEADER GROUP...  the entry points of these families for one element
+//                                             type (double, float, half), in terms of HEADER
+//   generate version-script GROUP...          the linker's version script
+//   generate names GROUP...                   the exported names, one a line
+//   generate summary GROUP...                 how many of all names the groups cover
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "export/grammar.h"
+
+namespace zorp::grammar {
+namespace {
+
+std::string lane_type(Lane lane) {
+  constexpr const char* names[] = {"double",  "float",   "half",     "int16_t",
+                                   "int32_t", "int64_t", "uint32_t", "uint64_t"};
+  return names[int(lane)];
+}
+
+std::string tier_name(Tier tier) {
+  constexpr const char* names[] = {"standard", "native", "half", "rm"};
+  return std::string("Tier::") + names[int(tier)];
+}
+
+template <class Range, class Text>
+std::string joined(const Range& range, const char* separator, Text text) {
+  std::string out;
+  for (const auto& item : range) {
+    if (!out.empty()) out += separator;
+    out += text(item);
+  }
+  return out;
+}
+
+std::string typed(const char* text, const std::string& a, int width, const std::string& b = "") {
+  char buffer[256];
+  std::snprintf(buffer, sizeof buffer, text, a.c_str(), width, b.c_str());
+  return buffer;
+}
+
+/// The text of one kernel's entry point, and of its callout wrapper.
+class EntryPoint {
+ public:
+  explicit EntryPoint(const Kernel& kernel)
+      : kernel_(kernel), operands_(kernel.operands()), results_(kernel.results()) {}
+
+  std::string prototype() const {
+    if (kernel_.operands_on_stack())
+      return "StackVector " + kernel_.symbol() + "(StackVector x, StackVector y, StackVector z)";
+    std::vector<std::string> parameters;
+    if (kernel_.pointer()) parameters.push_back(lane_type(*kernel_.pointer()) + "* second");
+    for (size_t i = 0; i < operands_.size(); ++i)
+      for (const std::string& name : register_names(i))
+        parameters.push_back(
+            typed("Register<%s, %d> %s", lane_type(operands_[i]), kernel_.width, name));
+    const std::string result =
+        kernel_.family->form == Form::integer_divrem && kernel_.width == 1
+            ? "uint64_t"
+            : typed("Register<%s, %d>", lane_type(results_[0]), kernel_.width);
+    return result + " " + kernel_.symbol() + "(" + joined(parameters, ", ", identity) + ")";
+  }
+
+  std::string body() const {
+    const std::string algorithm = kernel_.family->algorithm;
+    const std::string tier = tier_name(kernel_.tier);
+    if (kernel_.operands_on_stack())
+      return "return kernel_on_stack<" + algorithm + ", " + tier + ">(x, y, z);";
+    const bool by_rare = kernel_.special_lanes() == Class::A;
+    std::string call = by_rare ? "kernel_by_rare" : "kernel";
+    if (kernel_.pointer()) call += "_storing";
+    call += "<" + algorithm + (by_rare ? "" : ", " + tier) + ", " + std::to_string(kernel_.width);
+    if (kernel_.calls_out()) call += ", " + kernel_.wrapper_symbol();
+    call += ">(";
+    std::vector<std::string> arguments;
+    if (kernel_.pointer()) arguments.push_back("second");
+    for (size_t i = 0; i < operands_.size(); ++i)
+      arguments.push_back(typed("Operand<%s, %d>{", lane_type(operands_[i]), kernel_.width) +
+                          joined(register_names(i), ", ", identity) + "}");
+    return "return " + call + joined(arguments, ", ", identity) + ");";
+  }
+
+  /// The images that a wrapper receives, as parameters: operands, then results.
+  std::string wrapper_parameters() const {
+    std::vector<std::string> images = rare_parameters();
+    if (kernel_.width > 1 && kernel_.special_lanes() != Class::A)
+      images.push_back("uint32_t special");
+    return joined(images, ", ", identity);
+  }
+
+  std::string wrapper_body() const {
+    const std::string images = joined(image_names(), ", ", identity);
+    const std::string rare = kernel_.rare_symbol();
+    if (kernel_.width == 1) return rare + "(" + images + ");";
+    if (kernel_.special_lanes() == Class::A)
+      return "serve_all_lanes<" + rare + ", " + std::to_string(kernel_.width) + ">(" + images +
+             ");";
+    return "serve_lanes<" + rare + ">(special, " + images + ");";
+  }
+
+  std::vector<std::string> rare_parameters() const {
+    std::vector<std::string> parameters;
+    const std::vector<std::string> names = image_names();
+    for (Lane lane : operands_)
+      parameters.push_back("const " + lane_type(lane) + "* " + names[parameters.size()]);
+    std::vector<Lane> out = results_;
+    if (kernel_.pointer()) out.push_back(*kernel_.pointer());
+    for (Lane lane : out) parameters.push_back(lane_type(lane) + "* " + names[parameters.size()]);
+    return parameters;
+  }
+
+ private:
+  static std::string identity(const std::string& text) { return text; }
+
+  std::vector<std::string> register_names(size_t operand) const {
+    const std::string name(1, char('x' + operand));
+    if (registers(operands_[operand], kernel_.width) == 1) return {name};
+    return {name + "0", name + "1"};
+  }
+
+  std::vector<std::string> image_names() const {
+    std::vector<std::string> names;
+    for (size_t i = 0; i < operands_.size(); ++i) names.push_back(std::string(1, char('x' + i)));
+    names.push_back("first");
+    if (kernel_.pointer() || results_.size() > 1) names.push_back("second");
+    return names;
+  }
+
+  const Kernel& kernel_;
+  std::vector<Lane> operands_, results_;
+};
+
+void print_kernels(const std::string& element_name, const std::string& header,
+                   const std::vector<std::string>& groups) {
+  const Element element = element_name == "double"  ? Element::f64
+                          : element_name == "float" ? Element::f32
+                                                    : Element::f16;
+  std::printf(
+      "// Written by export/generate from the grammar of the exported names.\n"
+      "#include \"%s\"\n\n#include \"frame/kernel.h\"\n\nusing namespace zorp;\n\n"
+      "extern \"C\" {\n",
+      header.c_str());
+  std::set<std::string> declared;
+  // The wrapper depends on the rare routine alone, not on tier or (but for width 1 and the wrappers
+  // of all lanes) width: one copy carries the names of all.
+  std::map<std::string, std::string> wrappers;
+  for (const Kernel& kernel : kernels_of(groups)) {
+    if (kernel.element != element) continue;
+    const EntryPoint entry(kernel);
+    if (kernel.calls_out()) {
+      const auto parameters = joined(entry.rare_parameters(), ", ", [](auto& p) { return p; });
+      if (declared.insert(kernel.rare_symbol()).second)
+        std::printf("\nvoid %s(%s);\n", kernel.rare_symbol().c_str(), parameters.c_str());
+      const std::string body = entry.wrapper_body();
+      const auto [known, is_new] =
+          wrappers.emplace(kernel.rare_symbol() + body, kernel.wrapper_symbol());
+      if (is_new)
+        std::printf("\n[[gnu::noinline, gnu::cold]] void %s(%s) {\n  %s\n}\n",
+                    kernel.wrapper_symbol().c_str(), entry.wrapper_parameters().c_str(),
+                    body.c_str());
+      else
+        std::printf("\n[[gnu::alias(\"%s\"), gnu::cold]] void %s(%s);\n", known->second.c_str(),
+                    kernel.wrapper_symbol().c_str(), entry.wrapper_parameters().c_str());
+    }
+    if (kernel.is_alias()) {
+      Kernel target = kernel;
+      target.tier = kernel.algorithm_tier();
+      std::printf("[[gnu::visibility(\"default\"), gnu::alias(\"%s\")]] %s;\n",
+                  target.symbol().c_str(), entry.prototype().c_str());
+    } else {
+      std::printf("[[gnu::visibility(\"default\")]] %s {\n  %s\n}\n", entry.prototype().c_str(),
+                  entry.body().c_str());
+    }
+  }
+  std::printf("\n}  // extern \"C\"\n");
+}
+
+int run(const std::vector<std::string>& arguments) {
+  const auto rest = [&](size_t from) {
+    return std::vector<std::string>(arguments.begin() + long(from), arguments.end());
+  };
+  const std::string what = arguments.empty() ? "" : arguments[0];
+  if (what == "kernels" && arguments.size() > 3) {
+    print_kernels(arguments[1], arguments[2], rest(3));
+  } else if (what == "version-script") {
+    std::printf("{\n  global:\n");
+    for (const Kernel& kernel : kernels_of(rest(1)))
+      std::printf("    %s;\n", kernel.symbol().c_str());
+    std::printf("  local: *;\n};\n");
+  } else if (what == "names") {
+    for (const Kernel& kernel : kernels_of(rest(1))) std::printf("%s\n", kernel.symbol().c_str());
+  } else if (what == "summary") {
+    std::printf("exports: %zu of %zu\n", kernels_of(rest(1)).size(), kernels().size());
+  } else {
+    std::fprintf(stderr, "usage: generate kernels|version-script|names|summary ...\n");
+    return 2;
+  }
+  return 0;
+}
+
+}  // namespace
+}  // namespace zorp::grammar
+
+int main(int argc, char** argv) { return zorp::grammar::run({argv + 1, argv + argc}); }

@@ -1,0 +1,205 @@
+// The chief header of the frame: from a family's algorithm to a kernel.
+//
+// A family is a struct. Its static member template apply<tier>(operands...) computes all lanes and
+// returns either a vector (straight code, or special lanes served inside), or an Outcome: one or
+// two vectors and the mask of lanes that a rare routine must serve. A family may name the value
+// that stands in unused lanes (`filler`, a function of the element type). A family without apply
+// has no fast path: its rare routine serves every lane.
+//
+// The entry points themselves come from the grammar of the exported names (export/generate.cpp).
+#pragma once
+
+#include "frame/boundary.h"
+
+namespace zorp {
+
+/// What a fast path returns when it can't serve every lane, or has two results.
+template <class First, class Second = void>
+struct Outcome {
+  First first;
+  Second second;
+  Mask<First::lanes> special;
+};
+template <class First>
+struct Outcome<First, void> {
+  First first;
+  Mask<First::lanes> special;
+};
+
+/// Two results, every lane served.
+template <class First, class Second>
+struct Results {
+  First first;
+  Second second;
+};
+
+/// 0.75 lies inside the domain of every fast path but a few; 1 serves as an integer.
+template <class T>
+constexpr uint64_t default_filler() {
+  if constexpr (same<T, double>) return 0x3FE8000000000000;
+  if constexpr (same<T, float>) return 0x3F400000;
+  if constexpr (same<T, half>) return 0x3A00;
+  return 1;
+}
+
+namespace detail {
+template <class Family, class T>
+constexpr uint64_t filler() {
+  if constexpr (requires { Family::template filler<T>(); })
+    return Family::template filler<T>();
+  else
+    return default_filler<T>();
+}
+
+/// Emulated half arithmetic is long code: all widths up to 16 lanes share one copy of it.
+template <class Family, Tier tier, class... V>
+[[gnu::noinline]] auto apply_shared(V... operands) {
+  return Family::template apply<tier>(operands...);
+}
+
+template <class Family, Tier tier, class... V>
+[[gnu::always_inline]] inline auto apply(V... operands) {
+  if constexpr (half_is_emulated && ((sizeof(typename V::Element) == 2) || ...))
+    return apply_shared<Family, tier>(operands...);
+  else
+    return Family::template apply<tier>(operands...);
+}
+
+template <class T>
+inline constexpr bool is_vector = requires {
+  T::lanes;
+};
+template <class T>
+inline constexpr bool has_second = requires(T t) {
+  t.second;
+};
+template <class T>
+inline constexpr bool has_special = requires(T t) {
+  t.special;
+};
+
+/// A vector in memory for a callout, lane 0 at the lowest address. Left uninitialised.
+template <class T, int width>
+struct alignas(64) Image {
+  Image() {}
+  T lane[width == 3 ? 4 : width];
+};
+
+/// Calls the wrapper with pointers to lane 0 of the images and, unless it serves a single lane or
+/// all lanes, with the mask of special lanes.
+template <auto wrapper, class... Images>
+[[gnu::always_inline]] inline void call_wrapper(uint32_t special, Images&... images) {
+  if constexpr (requires { wrapper(images.lane..., special); })
+    wrapper(images.lane..., special);
+  else
+    wrapper(images.lane...);
+}
+
+/// Has the special lanes served: operands and results go to images, the wrapper serves the lanes,
+/// the results come back.
+template <auto wrapper, int width, class Outcome, class... V>
+[[gnu::always_inline]] inline void call_out(Outcome& outcome, uint32_t special, V... operands) {
+  using First = decltype(outcome.first);
+  Image<typename First::Element, width> first;
+  store<width>(first.lane, outcome.first);
+  [&](Image<typename V::Element, width>... images) __attribute__((always_inline)) {
+    (store<width>(images.lane, operands), ...);
+    if constexpr (has_second<Outcome>) {
+      using Second = decltype(outcome.second);
+      Image<typename Second::Element, width> second;
+      store<width>(second.lane, outcome.second);
+      call_wrapper<wrapper>(special, images..., first, second);
+      outcome.second = load<width, Second>(second.lane);
+    } else {
+      call_wrapper<wrapper>(special, images..., first);
+    }
+  }
+  (Image<typename V::Element, width>()...);
+  outcome.first = load<width, First>(first.lane);
+}
+
+/// All lanes computed, special ones served.
+template <class Family, Tier tier, int width, auto wrapper, class... T>
+[[gnu::always_inline]] inline auto evaluate(Operand<T, width>... in) {
+  constexpr int N = lanes_held<width, T...>;
+  return [](auto... x) __attribute__((always_inline)) {
+    auto outcome = apply<Family, tier>(x...);
+    if constexpr (has_special<decltype(outcome)>) {
+      const uint32_t special = lane_bits<width>(outcome.special);
+      if (special != 0) [[unlikely]]
+        call_out<wrapper, width>(outcome, special, x...);
+    }
+    return outcome;
+  }
+  (receive<N>(in, filler<Family, T>())...);
+}
+}  // namespace detail
+
+/// A kernel with its results in registers.
+template <class Family, Tier tier, int width, auto wrapper = nullptr, class... T>
+[[gnu::always_inline]] inline auto kernel(Operand<T, width>... operands) {
+  const auto outcome = detail::evaluate<Family, tier, width, wrapper>(operands...);
+  if constexpr (detail::is_vector<decltype(outcome)>)
+    return deliver<width>(outcome);
+  else if constexpr (detail::has_second<decltype(outcome)>)
+    return deliver<width>(outcome.first, outcome.second);
+  else
+    return deliver<width>(outcome.first);
+}
+
+/// A kernel that writes its second result through a pointer, once, on every path.
+template <class Family, Tier tier, int width, auto wrapper = nullptr, class P, class... T>
+[[gnu::always_inline]] inline auto kernel_storing(P* pointer, Operand<T, width>... operands) {
+  const auto outcome = detail::evaluate<Family, tier, width, wrapper>(operands...);
+  store<width>(pointer, outcome.second);
+  return deliver<width>(outcome.first);
+}
+
+/// A kernel without a fast path: the rare routine serves every lane.
+template <class Family, int width, auto wrapper, class T>
+[[gnu::always_inline]] inline auto kernel_by_rare(Operand<T, width> operand) {
+  const auto x = receive<lanes_held<width, T>>(operand, detail::filler<Family, T>());
+  Outcome<decltype(x)> outcome{x, {}};
+  detail::call_out<wrapper, width>(outcome, 0, x);
+  return deliver<width>(outcome.first);
+}
+template <class Family, int width, auto wrapper, class P, class T>
+[[gnu::always_inline]] inline auto kernel_by_rare_storing(P* pointer, Operand<T, width> operand) {
+  constexpr int N = lanes_held<width, T>;
+  const auto x = receive<N>(operand, detail::filler<Family, T>());
+  Outcome<Vec<T, N>, Vec<P, N>> outcome{x, constant<Vec<P, N>>(0), {}};
+  detail::call_out<wrapper, width>(outcome, 0, x);
+  store<width>(pointer, outcome.second);
+  return deliver<width>(outcome.first);
+}
+
+/// The body of a callout wrapper: one call of the rare routine for each lane of the mask, in
+/// ascending order. Every object of the library keeps off the preserved registers, so nothing is
+/// saved.
+template <auto rare, class... T>
+[[gnu::always_inline]] inline void serve_lanes(uint32_t special, T*... lane) {
+  for (int i = 0; i < 32; ++i)
+    if (special >> i & 1) rare(lane + i...);
+}
+
+template <auto rare, int width, class... T>
+[[gnu::always_inline]] inline void serve_all_lanes(T*... lane) {
+  for (int i = 0; i < (width == 3 ? 4 : width); ++i) rare(lane + i...);
+}
+
+/// The kernel of three operands in memory on the stack, its result in memory.
+struct StackVector {
+  double lane[16];
+};
+template <class Family, Tier tier>
+[[gnu::always_inline]] inline StackVector kernel_on_stack(const StackVector& x,
+                                                          const StackVector& y,
+                                                          const StackVector& z) {
+  using V = Vec<double, 16>;
+  StackVector result;
+  store<16>(result.lane, Family::template apply<tier>(load<16, V>(x.lane), load<16, V>(y.lane),
+                                                      load<16, V>(z.lane)));
+  return result;
+}
+
+}  // namespace zorp
