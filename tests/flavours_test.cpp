@@ -41,7 +41,7 @@ TEST_P(Flavours, AgreeAtFullWidth) {
   const Kernel widest = GetParam().kernel(GetParam().widest());
   if (widest.is_alias()) return;  // the tier that it shares its code with is compared
   const std::vector<Lane> operands = widest.operands();
-  compare(widest, operands.size() == 1 ? all_halves() : operand_pool(operands, 1 << 13));
+  compare(widest, operands.size() == 1 ? all_halves() : operand_pool(operands, 1 << 15));
 }
 
 TEST_P(Flavours, AgreeAtEveryWidth) {

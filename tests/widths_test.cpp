@@ -2,8 +2,6 @@
 // so do the tiers that share an algorithm.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "tests/support/caller.h"
 
 namespace zorp::test {
@@ -27,8 +25,7 @@ TEST_P(Widths, AgreeInEveryLane) {
     Caller caller(kernel, library());
     std::vector<Tuple> lanes(kernel.width);
     // Moving on by one operand brings each operand into each lane, beside changing neighbours.
-    const std::size_t step = GetParam().trapped() ? std::max(kernel.width / 2, 1) : 1;
-    for (std::size_t start = 0; start < pool.size(); start += step) {
+    for (std::size_t start = 0; start < pool.size(); ++start) {
       for (int i = 0; i < kernel.width; ++i) lanes[i] = pool[(start + i) % pool.size()];
       const Results& results = caller(lanes);
       for (std::size_t output = 0; output < caller.outputs().size(); ++output)

@@ -16,6 +16,9 @@
 namespace zorp::test {
 namespace {
 
+/// Half instructions that this processor lacks are emulated.
+constexpr bool kEmulatesHalf = ZORP_EMULATES_HALF;
+
 std::vector<LibraryFile> read_library_files() {
   std::vector<LibraryFile> files;
   std::ifstream list(ZORP_LIBRARIES_FILE);
@@ -112,8 +115,10 @@ void PrintTo(const Variant& variant, std::ostream* out) { *out << variant.name()
 std::vector<Variant> variants() {
   std::vector<Variant> list;
   for (const LibraryFile& file : library_files())
-    for (const Kernel& kernel : file.kernels())
-      if (kernel.width == 1) list.push_back({&file, kernel.family, kernel.element, kernel.tier});
+    for (const Kernel& kernel : file.kernels()) {
+      const Variant variant{&file, kernel.family, kernel.element, kernel.tier};
+      if (kernel.width == 1 && (kEmulatesHalf || !variant.trapped())) list.push_back(variant);
+    }
   return list;
 }
 
