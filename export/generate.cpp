@@ -173,7 +173,7 @@ void print_kernels(const std::string& element_name, const std::string& header,
       std::printf("[[gnu::visibility(\"default\"), gnu::alias(\"%s\")]] %s;\n",
                   target.symbol().c_str(), entry.prototype().c_str());
     } else {
-      std::printf("[[gnu::visibility(\"default\")]] %s {\n  %s\n}\n", entry.prototype().c_str(),
+      std::printf("[[gnu::visibility(\"default\"), gnu::flatten]] %s {\n  %s\n}\n", entry.prototype().c_str(),
                   entry.body().c_str());
     }
   }

@@ -78,6 +78,11 @@ struct Instructions<double, N> {
   static Register add_where(__mmask8 mask, Register a, Register b) {
     return _mm512_mask_add_round_pd(a, mask, a, b, embedded<mode>);
   }
+  static Register add_in_order(Register a, Register b) {
+    Register sum;
+    asm("vaddpd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return sum;
+  }
   static Register bit_and(Register a, Register b) { return _mm512_and_pd(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_pd(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_pd(a, b); }
@@ -157,6 +162,11 @@ struct Instructions<double, 1> {
   template <Rounding mode>
   static Register add_where(__mmask8 mask, Register a, Register b) {
     return _mm_mask_add_round_sd(a, mask, a, b, embedded<mode>);
+  }
+  static Register add_in_order(Register a, Register b) {
+    Register sum;
+    asm("vaddsd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return sum;
   }
   static Register bit_and(Register a, Register b) { return _mm_and_pd(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_pd(a, b); }

@@ -78,6 +78,11 @@ struct Instructions<float, N> {
   static Register add_where(__mmask16 mask, Register a, Register b) {
     return _mm512_mask_add_round_ps(a, mask, a, b, embedded<mode>);
   }
+  static Register add_in_order(Register a, Register b) {
+    Register sum;
+    asm("vaddps %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return sum;
+  }
   static Register bit_and(Register a, Register b) { return _mm512_and_ps(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_ps(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_ps(a, b); }
@@ -157,6 +162,11 @@ struct Instructions<float, 1> {
   template <Rounding mode>
   static Register add_where(__mmask8 mask, Register a, Register b) {
     return _mm_mask_add_round_ss(a, mask, a, b, embedded<mode>);
+  }
+  static Register add_in_order(Register a, Register b) {
+    Register sum;
+    asm("vaddss %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return sum;
   }
   static Register bit_and(Register a, Register b) { return _mm_and_ps(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_ps(a, b); }

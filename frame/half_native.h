@@ -70,6 +70,11 @@ struct Instructions<half, N> {
   static Register blend(__mmask32 mask, Register set, Register clear) {
     return _mm512_mask_blend_ph(mask, clear, set);
   }
+  static Register add_in_order(Register a, Register b) {
+    Register sum;
+    asm("vaddph %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return sum;
+  }
   static Register bit_and(Register a, Register b) {
     return from_bits(_mm512_and_si512(bits(a), bits(b)));
   }
@@ -164,6 +169,11 @@ struct Instructions<half, 1> {
   }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_move_sh(clear, mask, clear, set);
+  }
+  static Register add_in_order(Register a, Register b) {
+    Register sum;
+    asm("vaddsh %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return sum;
   }
   static Register bit_and(Register a, Register b) {
     return from_bits(_mm_and_si128(bits(a), bits(b)));

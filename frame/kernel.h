@@ -53,7 +53,7 @@ constexpr uint64_t filler() {
 
 /// Emulated half arithmetic is long code: all widths up to 16 lanes share one copy of it.
 template <class Family, Tier tier, class... V>
-[[gnu::noinline]] auto apply_shared(V... operands) {
+[[gnu::noinline, gnu::flatten]] auto apply_shared(V... operands) {
   return Family::template apply<tier>(operands...);
 }
 

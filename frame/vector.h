@@ -192,6 +192,12 @@ inline Vec<T, N> operator*(Vec<T, N> a, detail::same_as<Vec<T, N>> b) {
   else
     return mul<rn>(a, b);
 }
+/// a + b for operands that may both be NaNs: the result is then a, quieted. The compiler is free to
+/// swap the operands of an ordinary addition.
+template <class V>
+inline V add_in_order(V a, detail::same_as<V> b) {
+  return detail::map<V>([](auto... r) { return V::Ops::add_in_order(r...); }, a, b);
+}
 /// a + b in the lanes of the mask, a in the others.
 template <class V>
 inline V add_where(Mask<V::lanes> mask, V a, detail::same_as<V> b) {
