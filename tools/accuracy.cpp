@@ -57,10 +57,11 @@ void print_rows(const Library& library, const grammar::Family& family, const Opt
   for (Element element : family.elements)
     for (const Measurement& m : measure(library, *reference(family.name), family, element,
                                         options.operands, options.threads)) {
-      std::printf("| %s | %s | %s | %.3f | %.17g (%s) | %zu | %zu |\n", family.name.c_str(),
+      std::printf("| %s | %s | %s | %.3f | %s | %zu | %zu |\n", family.name.c_str(),
                   std::string(name(element)).c_str(), tier_names(m.tiers).c_str(),
-                  std::ceil(m.worst_error * 1000) / 1000, value(element, m.worst_operand),
-                  hex(m.worst_operand).c_str(), m.operands, m.wrong_specials);
+                  std::ceil(m.worst_error * 1000) / 1000,
+                  describe(m.worst_operands, family, element).c_str(), m.operands,
+                  m.wrong_specials);
       std::fflush(stdout);
     }
 }

@@ -4,8 +4,10 @@
 
 #include <mpfr.h>
 
+#include <array>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "tests/support/library.h"
@@ -13,17 +15,24 @@
 
 namespace zorp::test {
 
-/// A family's exact function, and where its operands are dense: between `low` and `high` in double
-/// and in float. Half is measured on all operands.
+/// A family's exact functions, one for each result, and where the operands are dense: between `low`
+/// and `high` in double and in float. Half is measured on all operands where there is one.
 struct Reference {
   using Unary = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t);
+  using Binary = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t);
+  using WithInteger = int (*)(mpfr_ptr, mpfr_srcptr, long, mpfr_rnd_t);
+  using Function = std::variant<Unary, Binary, WithInteger>;
   struct Range {
     double low, high;
   };
+  using Ranges = std::array<Range, 2>;  // by Element
 
   const char* family;
-  Unary function;
-  Range ranges[2];  // by Element
+  std::vector<Function> results;
+  Ranges first;
+  std::optional<Ranges> second = {};  // the second operand's, if it isn't that of the first
+
+  Range range(Element element, std::size_t operand) const;
 };
 
 /// The reference of a family, or nullptr where none is written down.
@@ -34,18 +43,21 @@ struct Measurement {
   std::vector<Tier> tiers = {};
   std::size_t operands = 0;
   double worst_error = 0;  // in ulp
-  Bits worst_operand = 0, worst_result = 0;
+  Tuple worst_operands{};
+  Bits worst_result = 0;
   /// A NaN or an infinity on one side and something else on the other.
   std::size_t wrong_specials = 0;
-  std::optional<Bits> wrong_special_operand = {};
+  std::optional<Tuple> wrong_special_operands = {};
 };
 
 /// Measures all algorithms of a family and element type at full width. The operands are a fixed
-/// sequence: a smaller count measures a beginning of it; half takes all 65,536.
+/// sequence: a smaller count measures a beginning of it; half with one operand takes all 65,536.
 std::vector<Measurement> measure(const Library& library, const Reference& reference,
                                  const grammar::Family& family, Element element,
                                  std::size_t operands, int threads);
 
+/// "-1.5 (0xbff8000000000000)" for each operand.
+std::string describe(const Tuple& operands, const grammar::Family& family, Element element);
 /// "default, rm".
 std::string tier_names(const std::vector<Tier>& tiers);
 

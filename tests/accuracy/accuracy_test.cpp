@@ -55,9 +55,12 @@ TEST_P(Accuracy, StaysWithinTheMeasuredErrors) {
     const auto limit = limits.find(row);
     ASSERT_NE(limit, limits.end()) << "docs/accuracy.md has no row for " << row;
     EXPECT_LE(measurement.worst_error, limit->second)
-        << row << " at " << hex(measurement.worst_operand) << ": " << hex(measurement.worst_result);
+        << row << " at " << describe(measurement.worst_operands, *variant.family, variant.element)
+        << ": " << hex(measurement.worst_result);
     EXPECT_EQ(measurement.wrong_specials, 0u)
-        << row << " at " << hex(measurement.wrong_special_operand.value_or(0));
+        << row << " at "
+        << describe(measurement.wrong_special_operands.value_or(Tuple{}), *variant.family,
+                    variant.element);
   }
 }
 
