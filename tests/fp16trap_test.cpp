@@ -1,7 +1,6 @@
 // The emulator of half instructions: real machine code runs with all registers under control, and a
 // model that reads the instruction's text, not its bytes, says what must come out. On a processor
 // with AVX512-FP16 nothing traps, and the model is compared with the processor.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <immintrin.h>
 #include <spawn.h>
@@ -9,16 +8,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -191,8 +192,8 @@ using Compute = std::function<uint64_t(const Lane&)>;
 
 __m256i vector_of(uint64_t half) { return _mm256_set1_epi16(static_cast<short>(half)); }
 uint16_t half_of(__m256i v) { return static_cast<uint16_t>(_mm256_extract_epi16(v, 0)); }
-uint64_t low64(__m512i v) { return static_cast<uint64_t>(_mm512_cvtsi512_si32(v)) & 0xffffffff; }
-uint64_t low64q(__m512i v) {
+uint64_t low32(__m512i v) { return static_cast<uint32_t>(_mm512_cvtsi512_si32(v)); }
+uint64_t low64(__m512i v) {
   return static_cast<uint64_t>(_mm_cvtsi128_si64(_mm512_castsi512_si128(v)));
 }
 
@@ -276,11 +277,6 @@ Compute fused(int digits, Ternary even, Ternary odd) {
   };
 }
 
-template <auto operation>
-uint64_t to_float_types(const Lane& l) {
-  return operation(vector_of(l.second));
-}
-
 enum class Shape { packed, scalar, packed_test, scalar_test };
 
 struct Semantics {
@@ -305,14 +301,14 @@ void add_to_integers(std::map<std::string, Semantics>& model, const std::string&
   packed("w", 2, unary<emulated::to_int16<mode>>);
   packed("uw", 2, unary<emulated::to_uint16<mode>>);
   packed("dq", 4,
-         [](const Lane& l) { return low64(emulated::to_int32<mode>(vector_of(l.second))); });
+         [](const Lane& l) { return low32(emulated::to_int32<mode>(vector_of(l.second))); });
   packed("udq", 4,
-         [](const Lane& l) { return low64(emulated::to_uint32<mode>(vector_of(l.second))); });
+         [](const Lane& l) { return low32(emulated::to_uint32<mode>(vector_of(l.second))); });
   packed("qq", 8, [](const Lane& l) {
-    return low64q(emulated::to_int64<mode>(_mm256_castsi256_si128(vector_of(l.second))));
+    return low64(emulated::to_int64<mode>(_mm256_castsi256_si128(vector_of(l.second))));
   });
   packed("uqq", 8, [](const Lane& l) {
-    return low64q(emulated::to_uint64<mode>(_mm256_castsi256_si128(vector_of(l.second))));
+    return low64(emulated::to_uint64<mode>(_mm256_castsi256_si128(vector_of(l.second))));
   });
 }
 
@@ -353,10 +349,10 @@ std::map<std::string, Semantics> make_model() {
   m["vfpclasssh"] = {Shape::scalar_test, 2, 2, classify};
 
   const Compute to_float = [](const Lane& l) {
-    return low64(_mm512_castps_si512(emulated::widen(vector_of(l.second))));
+    return low32(_mm512_castps_si512(emulated::widen(vector_of(l.second))));
   };
   const Compute to_double = [](const Lane& l) {
-    return low64q(
+    return low64(
         _mm512_castpd_si512(emulated::widen_double(_mm256_castsi256_si128(vector_of(l.second)))));
   };
   const Compute from_float = [](const Lane& l) -> uint64_t {
@@ -454,8 +450,7 @@ void model_lanes(const Parsed& p, const Semantics& s, MachineRegisters& m) {
   const bool test = s.shape == Shape::packed_test || s.shape == Shape::scalar_test;
   const bool scalar = s.shape == Shape::scalar || s.shape == Shape::scalar_test;
   const uint8_t* const second_bytes = bytes_of(second, m);
-  const uint8_t* const first_bytes =
-      operands.size() > (test ? 2 : 2) ? bytes_of(operands[1], m) : nullptr;
+  const uint8_t* const first_bytes = operands.size() > 2 ? bytes_of(operands[1], m) : nullptr;
   int count = 1;
   if (!scalar) {
     count = second.broadcast ? second.broadcast : second.bytes / s.source_bytes;
