@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -635,8 +636,6 @@ bool left_to_the_processor(const std::string& text) {
          (text.starts_with("vrcp") || text.starts_with("vrsqrt"));
 }
 
-bool have_avx512() { return __builtin_cpu_supports("avx512vbmi2"); }
-
 TEST(Fp16Trap, EveryInstructionMatchesItsText) {
   std::mt19937_64 random(5);
   int shown = 0, entries = 0;
@@ -790,13 +789,17 @@ TEST(Fp16Trap, PreloadedIntoAProgram) {
   }
 }
 
+/// Runs before anything here that the compiler may have given AVX-512 instructions.
+[[gnu::constructor(101), gnu::target("no-avx")]] void skip_without_avx512() {
+  __builtin_cpu_init();
+  if (__builtin_cpu_supports("avx512vbmi2")) return;
+  std::puts("skipped: this processor has no AVX-512");
+  std::exit(0);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  if (!have_avx512()) {
-    std::puts("skipped: this processor has no AVX-512");
-    return 0;
-  }
   return RUN_ALL_TESTS();
 }
