@@ -187,6 +187,12 @@ template <class V>
 inline V add_in_order(V a, detail::same_as<V> b) {
   return detail::map<V>([](auto... r) { return V::Ops::add_in_order(r...); }, a, b);
 }
+/// a x b + c for operands of which several may be NaNs: the result is then the first of them,
+/// quieted.
+template <class V>
+inline V fma_in_order(V a, detail::same_as<V> b, detail::same_as<V> c) {
+  return detail::map<V>([](auto... r) { return V::Ops::fma_in_order(r...); }, a, b, c);
+}
 /// a + b in the lanes of the mask, a in the others.
 template <class V>
 inline V add_where(Mask<V::lanes> mask, V a, detail::same_as<V> b) {
