@@ -69,7 +69,7 @@ def table(name, element, values, comment):
 
 def header(text, tables):
     return (
-        f"// {text}\n// Written by tools/make_tables.py.\n#pragma once\n\n"
+        f"// {text}\n// Written by tools/make_tables.py.\n// clang-format off\n#pragma once\n\n"
         '#include "frame/row.h"\n\nnamespace zorp {\n\n'
         + "\n".join(tables)
         + "\n}  // namespace zorp\n"
