@@ -205,7 +205,7 @@ struct Log {
       p = fma(p, q, l);
       V y = s + (p + (r - t));
       if (any(special)) [[unlikely]]
-        y = select(special, normalised(x, k), y);
+        y = select(special, normalised(x, rows(k)), y);
       return y;
     } else if constexpr (tier == Tier::native) {
       const auto& k = rows(__zorp_sln_native_data_avx512);
@@ -232,7 +232,8 @@ struct Log {
   }
 
  private:
-  /// The float log of any x.
+  /// The float log of any x. With rows of the block at an address of its own, as the compiler would
+  /// otherwise carry them along the first path in registers.
   template <class V>
   static V normalised(V x, const LogFloatBlock& k) {
     const UpperReciprocalReduction<4, V> a(x, k);
