@@ -118,18 +118,38 @@ template <auto wrapper, int width, class Outcome, class... V>
   outcome.first = load<width, First>(first.lane);
 }
 
-/// All lanes computed, special ones served.
-template <class Family, Tier tier, int width, auto wrapper, class... T>
-[[gnu::always_inline]] inline auto evaluate(Operand<T, width>... in) {
+/// Returns the results of a kernel, the second one through the pointer if there is one.
+template <int width, class P, class Outcome>
+[[gnu::always_inline]] inline auto finish(P* pointer, const Outcome& outcome) {
+  if constexpr (is_vector<Outcome>) {
+    return deliver<width>(outcome);
+  } else if constexpr (!same<P, void>) {
+    store<width>(pointer, outcome.second);
+    return deliver<width>(outcome.first);
+  } else if constexpr (has_second<Outcome>) {
+    return deliver<width>(outcome.first, outcome.second);
+  } else {
+    return deliver<width>(outcome.first);
+  }
+}
+
+/// All lanes computed, special ones served. The two ways out share no code and no copy of the
+/// pointer, so that the way without a callout needs no stack frame.
+template <class Family, Tier tier, int width, auto wrapper, class P, class... T>
+[[gnu::always_inline]] inline auto evaluate(P* pointer, Operand<T, width>... in) {
   constexpr int N = lanes_held<width, T...>;
-  return [](auto... x) __attribute__((always_inline)) {
+  return [pointer](auto... x) __attribute__((always_inline)) {
     auto outcome = apply<Family, tier>(x...);
     if constexpr (has_special<decltype(outcome)>) {
       const uint32_t special = lane_bits<width>(outcome.special);
-      if (special != 0) [[unlikely]]
+      if (special != 0) [[unlikely]] {
+        P* kept = pointer;
+        if constexpr (!same<P, void>) asm("" : "+r"(kept));
         call_out<wrapper, width>(outcome, special, x...);
+        return finish<width>(kept, outcome);
+      }
     }
-    return outcome;
+    return finish<width>(pointer, outcome);
   }
   (receive<N>(in, filler<Family, T>())...);
 }
@@ -138,21 +158,14 @@ template <class Family, Tier tier, int width, auto wrapper, class... T>
 /// A kernel with its results in registers.
 template <class Family, Tier tier, int width, auto wrapper = nullptr, class... T>
 [[gnu::always_inline]] inline auto kernel(Operand<T, width>... operands) {
-  const auto outcome = detail::evaluate<Family, tier, width, wrapper>(operands...);
-  if constexpr (detail::is_vector<decltype(outcome)>)
-    return deliver<width>(outcome);
-  else if constexpr (detail::has_second<decltype(outcome)>)
-    return deliver<width>(outcome.first, outcome.second);
-  else
-    return deliver<width>(outcome.first);
+  void* const none = nullptr;
+  return detail::evaluate<Family, tier, width, wrapper>(none, operands...);
 }
 
 /// A kernel that writes its second result through a pointer, once, on every path.
 template <class Family, Tier tier, int width, auto wrapper = nullptr, class P, class... T>
 [[gnu::always_inline]] inline auto kernel_storing(P* pointer, Operand<T, width>... operands) {
-  const auto outcome = detail::evaluate<Family, tier, width, wrapper>(operands...);
-  store<width>(pointer, outcome.second);
-  return deliver<width>(outcome.first);
+  return detail::evaluate<Family, tier, width, wrapper>(pointer, operands...);
 }
 
 /// A kernel without a fast path: the rare routine serves every lane.
