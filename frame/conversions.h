@@ -104,6 +104,10 @@ inline Vec<int32_t, N> to_int32(Vec<float, N> v) {
       v, [](__m512 r) { return _mm512_cvt_roundps_epi32(r, embedded<mode>); },
       [](__m128 r) { return _mm_cvtsi32_si128(_mm_cvt_roundss_i32(r, embedded<mode>)); });
 }
+template <Rounding mode = rn, int N>
+inline Vec<int32_t, N> to_int32(Vec<half, N> v) {
+  return to_int32<mode>(widen(v));
+}
 template <int N>
 inline Vec<int32_t, N> truncate_to_int32(Vec<double, N> v) {
   return detail::to_narrow<int32_t>(

@@ -41,6 +41,9 @@ struct Instructions<int64_t, N> {
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return _mm512_load_si512(row); }
@@ -95,6 +98,9 @@ struct Instructions<int64_t, 1> {
   static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) {
@@ -142,6 +148,9 @@ struct Instructions<int32_t, N> {
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return _mm512_load_si512(row); }
@@ -197,6 +206,9 @@ struct Instructions<int32_t, 1> {
   static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) { return _mm_set1_epi32(static_cast<int32_t>(pattern)); }
@@ -240,6 +252,9 @@ struct Instructions<int16_t, N> {
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return _mm512_load_si512(row); }
@@ -295,6 +310,9 @@ struct Instructions<int16_t, 1> {
   static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) { return _mm_set1_epi16(static_cast<int16_t>(pattern)); }
