@@ -67,7 +67,7 @@ class EntryPoint {
   }
 
   std::string body() const {
-    const std::string algorithm = kernel_.family->algorithm;
+    const std::string algorithm = this->algorithm();
     const std::string tier = tier_name(kernel_.tier);
     if (kernel_.operands_on_stack())
       return "return kernel_on_stack<" + algorithm + ", " + tier + ">(x, y, z);";
@@ -116,6 +116,13 @@ class EntryPoint {
 
  private:
   static std::string identity(const std::string& text) { return text; }
+
+  std::string algorithm() const {
+    std::string name = kernel_.family->algorithm;
+    if (const size_t hole = name.find("{}"); hole != name.npos)
+      name.replace(hole, 2, lane_type(results_[0]));
+    return name;
+  }
 
   std::vector<std::string> register_names(size_t operand) const {
     const std::string name(1, char('x' + operand));
@@ -173,8 +180,8 @@ void print_kernels(const std::string& element_name, const std::string& header,
       std::printf("[[gnu::visibility(\"default\"), gnu::alias(\"%s\")]] %s;\n",
                   target.symbol().c_str(), entry.prototype().c_str());
     } else {
-      std::printf("[[gnu::visibility(\"default\"), gnu::flatten]] %s {\n  %s\n}\n", entry.prototype().c_str(),
-                  entry.body().c_str());
+      std::printf("[[gnu::visibility(\"default\"), gnu::flatten]] %s {\n  %s\n}\n",
+                  entry.prototype().c_str(), entry.body().c_str());
     }
   }
   std::printf("\n}  // extern \"C\"\n");

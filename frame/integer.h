@@ -24,6 +24,7 @@ struct Instructions<int64_t, N> {
     return _mm512_srai_epi64(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm512_sllv_epi64(v, n); }
+  static Register absolute(Register v) { return _mm512_abs_epi64(v); }
   static Register min(Register a, Register b) { return _mm512_min_epi64(a, b); }
   static Register max(Register a, Register b) { return _mm512_max_epi64(a, b); }
   template <int predicate>
@@ -35,6 +36,7 @@ struct Instructions<int64_t, N> {
     return _mm512_cmp_epu64_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm512_test_epi64_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm512_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi64(clear, mask, set);
   }
@@ -78,6 +80,7 @@ struct Instructions<int64_t, 1> {
     return _mm_srai_epi64(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm_sllv_epi64(v, n); }
+  static Register absolute(Register v) { return _mm_abs_epi64(v); }
   static Register min(Register a, Register b) { return _mm_min_epi64(a, b); }
   static Register max(Register a, Register b) { return _mm_max_epi64(a, b); }
   template <int predicate>
@@ -89,6 +92,7 @@ struct Instructions<int64_t, 1> {
     return _mm_cmp_epu64_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi64_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi64(clear, mask, set);
   }
@@ -125,6 +129,11 @@ struct Instructions<int32_t, N> {
     return _mm512_srai_epi32(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm512_sllv_epi32(v, n); }
+  template <int n>
+  static Register shift_left_joined(Register high, Register low) {
+    return _mm512_shldi_epi32(high, low, n);
+  }
+  static Register absolute(Register v) { return _mm512_abs_epi32(v); }
   static Register min(Register a, Register b) { return _mm512_min_epi32(a, b); }
   static Register max(Register a, Register b) { return _mm512_max_epi32(a, b); }
   template <int predicate>
@@ -136,6 +145,7 @@ struct Instructions<int32_t, N> {
     return _mm512_cmp_epu32_mask(a, b, predicate);
   }
   static __mmask16 any_common_bit(Register a, Register b) { return _mm512_test_epi32_mask(a, b); }
+  static __mmask16 is_negative(Register v) { return _mm512_movepi32_mask(v); }
   static Register blend(__mmask16 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi32(clear, mask, set);
   }
@@ -180,6 +190,11 @@ struct Instructions<int32_t, 1> {
     return _mm_srai_epi32(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm_sllv_epi32(v, n); }
+  template <int n>
+  static Register shift_left_joined(Register high, Register low) {
+    return _mm_shldi_epi32(high, low, n);
+  }
+  static Register absolute(Register v) { return _mm_abs_epi32(v); }
   static Register min(Register a, Register b) { return _mm_min_epi32(a, b); }
   static Register max(Register a, Register b) { return _mm_max_epi32(a, b); }
   template <int predicate>
@@ -191,6 +206,7 @@ struct Instructions<int32_t, 1> {
     return _mm_cmp_epu32_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi32_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi32_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi32(clear, mask, set);
   }
@@ -234,6 +250,7 @@ struct Instructions<int16_t, N> {
     return _mm512_cmp_epu16_mask(a, b, predicate);
   }
   static __mmask32 any_common_bit(Register a, Register b) { return _mm512_test_epi16_mask(a, b); }
+  static __mmask32 is_negative(Register v) { return _mm512_movepi16_mask(v); }
   static Register blend(__mmask32 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi16(clear, mask, set);
   }
@@ -289,6 +306,7 @@ struct Instructions<int16_t, 1> {
     return _mm_cmp_epu16_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi16_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi16_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi16(clear, mask, set);
   }
