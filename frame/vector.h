@@ -305,6 +305,17 @@ template <class V>
 inline V shift_left_by(V v, detail::same_as<V> n) {
   return detail::map<V>([](auto... r) { return V::Ops::shift_left_by(r...); }, v, n);
 }
+/// The upper word of each pair of words high:low, shifted left by n.
+template <int n, class V>
+inline V shift_left_joined(V high, V low) {
+  return detail::map<V>([](auto... r) { return V::Ops::template shift_left_joined<n>(r...); }, high,
+                        low);
+}
+/// |v| of integers, to be read as unsigned.
+template <class V>
+inline V absolute(V v) {
+  return detail::map<V>([](auto r) { return V::Ops::absolute(r); }, v);
+}
 
 // ---- Comparisons, classes, selection. ----------------------------------------------------------
 
@@ -337,6 +348,11 @@ template <class V>
 inline Mask<V::lanes> equal(V a, detail::same_as<V> b) {
   return detail::test<V>([](auto... r) { return V::Ops::template compare<_MM_CMPINT_EQ>(r...); }, a,
                          b);
+}
+/// The lanes whose sign bit is set, of integers.
+template <class V>
+inline Mask<V::lanes> is_negative(V v) {
+  return detail::test<V>([](auto r) { return V::Ops::is_negative(r); }, v);
 }
 /// `set` in the lanes of the mask, `clear` in the others.
 template <class V>
