@@ -68,7 +68,7 @@ class EntryPoint {
   }
 
   std::string body() const {
-    const std::string algorithm = kernel_.family->algorithm;
+    const std::string algorithm = this->algorithm();
     const std::string tier = tier_name(kernel_.tier);
     if (kernel_.operands_on_stack())
       return "return kernel_on_stack<" + algorithm + ", " + tier + ">(result, x, y, z);";
@@ -117,6 +117,13 @@ class EntryPoint {
 
  private:
   static std::string identity(const std::string& text) { return text; }
+
+  std::string algorithm() const {
+    std::string name = kernel_.family->algorithm;
+    if (const size_t hole = name.find("{}"); hole != name.npos)
+      name.replace(hole, 2, lane_type(results_[0]));
+    return name;
+  }
 
   std::vector<std::string> register_names(size_t operand) const {
     const std::string name(1, char('x' + operand));

@@ -156,7 +156,8 @@ template <auto wrapper, int width, class Finish, class First, class Second, clas
 /// stay apart, so that the frame of the callout stands behind its branch.
 template <class Family, Tier tier, int width, auto wrapper, class Finish, class... V>
 [[gnu::always_inline]] inline auto evaluate(Finish finish, const V&... x) {
-  const auto outcome = apply<Family, tier>(x...);
+  // Not const: g++ keeps read-only aggregates in memory.
+  auto outcome = apply<Family, tier>(x...);
   if constexpr (has_special<decltype(outcome)>) {
     const uint32_t special = lane_bits<width>(outcome.special);
     if (special != 0) [[unlikely]]

@@ -72,10 +72,10 @@ struct Mask {
   static constexpr int lanes = N;
   uint32_t bits;
 
-  friend Mask operator&(Mask a, Mask b) { return {a.bits & b.bits}; }
-  friend Mask operator|(Mask a, Mask b) { return {a.bits | b.bits}; }
-  friend Mask operator^(Mask a, Mask b) { return {a.bits ^ b.bits}; }
-  friend Mask operator~(Mask a) { return {~a.bits}; }
+  friend Mask operator&(Mask a, Mask b) { return {_kand_mask32(a.bits, b.bits)}; }
+  friend Mask operator|(Mask a, Mask b) { return {_kor_mask32(a.bits, b.bits)}; }
+  friend Mask operator^(Mask a, Mask b) { return {_kxor_mask32(a.bits, b.bits)}; }
+  friend Mask operator~(Mask a) { return {_knot_mask32(a.bits)}; }
 
   Mask<N / 2> low() const { return {bits}; }
   Mask<N / 2> high() const { return {bits >> (N / 2)}; }
@@ -276,6 +276,16 @@ template <class T, int N>
 inline Vec<T, N> operator^(Vec<T, N> a, detail::same_as<Vec<T, N>> b) {
   return detail::map<Vec<T, N>>([](auto... r) { return Vec<T, N>::Ops::bit_xor(r...); }, a, b);
 }
+/// The bits of `set` where the mask has ones, those of `clear` where it has zeros.
+template <class T, int N>
+inline Vec<T, N> merge_bits(Vec<T, N> mask, detail::same_as<Vec<T, N>> set,
+                            detail::same_as<Vec<T, N>> clear) {
+  if constexpr (Vec<T, N>::paired)
+    return {merge_bits(mask.lo, set.lo, clear.lo), merge_bits(mask.hi, set.hi, clear.hi)};
+  else
+    return from_bits<T>(Vec<Encoding<T>, N>(Instructions<Encoding<T>, N>::merge_bits(
+        bits(mask).reg, bits(set).reg, bits(clear).reg)));
+}
 template <int n, class V>
 inline V shift_left(V v) {
   return detail::map<V>([](auto r) { return V::Ops::template shift_left<n>(r); }, v);
@@ -295,6 +305,17 @@ template <class V>
 inline V shift_left_by(V v, detail::same_as<V> n) {
   return detail::map<V>([](auto... r) { return V::Ops::shift_left_by(r...); }, v, n);
 }
+/// The upper word of each pair of words high:low, shifted left by n.
+template <int n, class V>
+inline V shift_left_joined(V high, V low) {
+  return detail::map<V>([](auto... r) { return V::Ops::template shift_left_joined<n>(r...); }, high,
+                        low);
+}
+/// |v| of integers, to be read as unsigned.
+template <class V>
+inline V absolute(V v) {
+  return detail::map<V>([](auto r) { return V::Ops::absolute(r); }, v);
+}
 
 // ---- Comparisons, classes, selection. ----------------------------------------------------------
 
@@ -303,6 +324,7 @@ template <int predicate, class V>
 inline Mask<V::lanes> compare(V a, detail::same_as<V> b) {
   return detail::test<V>([](auto... r) { return V::Ops::template compare<predicate>(r...); }, a, b);
 }
+inline constexpr int nans = 0x81, zeros = 0x06, infinities = 0x18;
 /// The lanes in one of the classes: bit 0 quiet NaN, 1 +0, 2 -0, 3 +infinity, 4 -infinity,
 /// 5 subnormal, 6 negative finite, 7 signalling NaN.
 template <int classes, class V>
@@ -327,6 +349,11 @@ inline Mask<V::lanes> equal(V a, detail::same_as<V> b) {
   return detail::test<V>([](auto... r) { return V::Ops::template compare<_MM_CMPINT_EQ>(r...); }, a,
                          b);
 }
+/// The lanes whose sign bit is set, of integers.
+template <class V>
+inline Mask<V::lanes> is_negative(V v) {
+  return detail::test<V>([](auto r) { return V::Ops::is_negative(r); }, v);
+}
 /// `set` in the lanes of the mask, `clear` in the others.
 template <class V>
 inline V select(Mask<V::lanes> mask, V set, detail::same_as<V> clear) {
@@ -347,6 +374,16 @@ inline V constant(uint64_t pattern) {
   } else {
     return V(V::Ops::from_bits(Vec<Encoding<typename V::Element>, V::lanes>::Ops::repeat(pattern)));
   }
+}
+
+template <class V>
+inline V sign_mask() {
+  return constant<V>(uint64_t{1} << (8 * sizeof(typename V::Element) - 1));
+}
+/// v without its sign.
+template <class V>
+inline V magnitude(V v) {
+  return v & constant<V>(~uint64_t{0} >> (65 - 8 * sizeof(typename V::Element)));
 }
 
 /// Entry index mod n of a table of n entries that fills one row or two.
