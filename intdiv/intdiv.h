@@ -29,9 +29,9 @@ inline Vec<T, N> truncate_to(Vec<double, N> v) {
 
 /// a / b, truncated.
 ///
-/// Any estimate of 1/b within 2^-14 will do: one Newton step takes its error to e = 2^-28, and the
-/// last factor, 1 - e + 2^-42, takes e itself away and leaves the quotient too large in magnitude
-/// by a factor between 1 + 2^-43 and 1 + 2^-41.
+/// Any estimate of 1/b within 2^-14 will do: one Newton step takes its relative error to some e
+/// within about 2^-28. The last factor, 1 - e + 2^-42, takes e itself away and leaves the quotient
+/// too large in magnitude, by a factor between 1 + 2^-43 and 1 + 2^-41.
 /// - A multiple of b, a = k b, lands just beyond k and truncates to k.
 /// - Else a = k b + r is at least 1/|b| short of k + 1, and the excess stays below 1/|b|, since
 ///   (k + 1) |b| <= |a| + |b| < 2^33.

@@ -59,5 +59,7 @@ struct ValueTable {
 // One function a file; values_test.cpp lists them.
 std::vector<ValueTable> exponential_values();
 std::vector<ValueTable> hyperbolic_values();
+std::vector<ValueTable> integer_division_values();
+std::vector<ValueTable> rounding_values();
 
 }  // namespace zorp::test
