@@ -24,6 +24,7 @@ struct Instructions<int64_t, N> {
     return _mm512_srai_epi64(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm512_sllv_epi64(v, n); }
+  static Register absolute(Register v) { return _mm512_abs_epi64(v); }
   static Register min(Register a, Register b) { return _mm512_min_epi64(a, b); }
   static Register max(Register a, Register b) { return _mm512_max_epi64(a, b); }
   template <int predicate>
@@ -35,6 +36,7 @@ struct Instructions<int64_t, N> {
     return _mm512_cmp_epu64_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm512_test_epi64_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm512_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi64(clear, mask, set);
   }
@@ -81,6 +83,7 @@ struct Instructions<int64_t, 1> {
     return _mm_srai_epi64(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm_sllv_epi64(v, n); }
+  static Register absolute(Register v) { return _mm_abs_epi64(v); }
   static Register min(Register a, Register b) { return _mm_min_epi64(a, b); }
   static Register max(Register a, Register b) { return _mm_max_epi64(a, b); }
   template <int predicate>
@@ -92,6 +95,7 @@ struct Instructions<int64_t, 1> {
     return _mm_cmp_epu64_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi64_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi64(clear, mask, set);
   }
@@ -131,19 +135,47 @@ struct Instructions<int32_t, N> {
     return _mm512_srai_epi32(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm512_sllv_epi32(v, n); }
+  template <int n>
+  static Register shift_left_joined(Register high, Register low) {
+    return _mm512_shldi_epi32(high, low, n);
+  }
+  static Register absolute(Register v) { return _mm512_abs_epi32(v); }
   static Register min(Register a, Register b) { return _mm512_min_epi32(a, b); }
   static Register max(Register a, Register b) { return _mm512_max_epi32(a, b); }
+  // Up to eight lanes are tested and selected in half the register: their masks have eight bits,
+  // as those of 64-bit lanes have, and need no extension.
   template <int predicate>
-  static __mmask16 compare(Register a, Register b) {
-    return _mm512_cmp_epi32_mask(a, b, predicate);
+  static auto compare(Register a, Register b) {
+    if constexpr (N <= 8)
+      return _mm256_cmp_epi32_mask(low(a), low(b), predicate);
+    else
+      return _mm512_cmp_epi32_mask(a, b, predicate);
   }
   template <int predicate>
-  static __mmask16 compare_unsigned(Register a, Register b) {
-    return _mm512_cmp_epu32_mask(a, b, predicate);
+  static auto compare_unsigned(Register a, Register b) {
+    if constexpr (N <= 8)
+      return _mm256_cmp_epu32_mask(low(a), low(b), predicate);
+    else
+      return _mm512_cmp_epu32_mask(a, b, predicate);
   }
-  static __mmask16 any_common_bit(Register a, Register b) { return _mm512_test_epi32_mask(a, b); }
-  static Register blend(__mmask16 mask, Register set, Register clear) {
-    return _mm512_mask_mov_epi32(clear, mask, set);
+  static auto any_common_bit(Register a, Register b) {
+    if constexpr (N <= 8)
+      return _mm256_test_epi32_mask(low(a), low(b));
+    else
+      return _mm512_test_epi32_mask(a, b);
+  }
+  static auto is_negative(Register v) {
+    if constexpr (N <= 8)
+      return _mm256_movepi32_mask(low(v));
+    else
+      return _mm512_movepi32_mask(v);
+  }
+  template <class MaskRegister>
+  static Register blend(MaskRegister mask, Register set, Register clear) {
+    if constexpr (N <= 8)
+      return _mm512_castsi256_si512(_mm256_mask_mov_epi32(low(clear), mask, low(set)));
+    else
+      return _mm512_mask_mov_epi32(clear, mask, set);
   }
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
@@ -167,6 +199,9 @@ struct Instructions<int32_t, N> {
     else
       return _mm512_permutex2var_epi32(row[0], index, row[1]);
   }
+
+ private:
+  static __m256i low(Register v) { return _mm512_castsi512_si256(v); }
 };
 
 template <>
@@ -189,6 +224,11 @@ struct Instructions<int32_t, 1> {
     return _mm_srai_epi32(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm_sllv_epi32(v, n); }
+  template <int n>
+  static Register shift_left_joined(Register high, Register low) {
+    return _mm_shldi_epi32(high, low, n);
+  }
+  static Register absolute(Register v) { return _mm_abs_epi32(v); }
   static Register min(Register a, Register b) { return _mm_min_epi32(a, b); }
   static Register max(Register a, Register b) { return _mm_max_epi32(a, b); }
   template <int predicate>
@@ -200,6 +240,7 @@ struct Instructions<int32_t, 1> {
     return _mm_cmp_epu32_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi32_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi32_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi32(clear, mask, set);
   }
@@ -246,6 +287,7 @@ struct Instructions<int16_t, N> {
     return _mm512_cmp_epu16_mask(a, b, predicate);
   }
   static __mmask32 any_common_bit(Register a, Register b) { return _mm512_test_epi16_mask(a, b); }
+  static __mmask32 is_negative(Register v) { return _mm512_movepi16_mask(v); }
   static Register blend(__mmask32 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi16(clear, mask, set);
   }
@@ -304,6 +346,7 @@ struct Instructions<int16_t, 1> {
     return _mm_cmp_epu16_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi16_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi16_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi16(clear, mask, set);
   }

@@ -221,18 +221,19 @@ template <auto rare, int width, class... T>
   for (int i = 0; i < (width == 3 ? 4 : width); ++i) rare(lane + i...);
 }
 
-/// The kernel of three operands in memory on the stack, its result in memory.
+/// The kernel of three operands in memory on the stack. Its result goes to memory; the address
+/// comes as the hidden argument of a function that returns a structure, and is returned like it.
 struct StackVector {
   double lane[16];
 };
 template <class Family, Tier tier>
-[[gnu::always_inline]] inline StackVector kernel_on_stack(const StackVector& x,
-                                                          const StackVector& y,
-                                                          const StackVector& z) {
+[[gnu::always_inline]] inline StackVector* kernel_on_stack(StackVector* result,
+                                                           const StackVector& x,
+                                                           const StackVector& y,
+                                                           const StackVector& z) {
   using V = Vec<double, 16>;
-  StackVector result;
-  store<16>(result.lane, Family::template apply<tier>(load<16, V>(x.lane), load<16, V>(y.lane),
-                                                      load<16, V>(z.lane)));
+  store<16>(result->lane, Family::template apply<tier>(load<16, V>(x.lane), load<16, V>(y.lane),
+                                                       load<16, V>(z.lane)));
   return result;
 }
 
