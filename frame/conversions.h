@@ -11,8 +11,9 @@ inline __m256i low_half(__m512i r) { return _mm512_castsi512_si256(r); }
 inline __m256i high_half(__m512i r) { return _mm512_extracti64x4_epi64(r, 1); }
 inline __m256 low_half(__m512 r) { return _mm512_castps512_ps256(r); }
 inline __m256 high_half(__m512 r) { return _mm512_extractf32x8_ps(r, 1); }
-inline __m512i zero_extend_half(__m256i r) { return _mm512_zextsi256_si512(r); }
-inline __m512 zero_extend_half(__m256 r) { return _mm512_zextps256_ps512(r); }
+/// The low half of a register whose high half the conversion has cleared.
+inline __m512i with_clear_half(__m256i r) { return _mm512_castsi256_si512(r); }
+inline __m512 with_clear_half(__m256 r) { return _mm512_castps256_ps512(r); }
 inline __m512i join_halves(__m256i low, __m256i high) {
   return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
 }
@@ -38,7 +39,7 @@ template <class To, class From, int N, class F, class F1>
   else if constexpr (N == 16)
     return Vec<To, N>(join_halves(f(v.lo.reg), f(v.hi.reg)));
   else
-    return Vec<To, N>(zero_extend_half(f(v.reg)));
+    return Vec<To, N>(with_clear_half(f(v.reg)));
 }
 /// Between lanes of one size.
 template <class To, class From, int N, class F, class F1>
@@ -102,6 +103,10 @@ inline Vec<int32_t, N> to_int32(Vec<float, N> v) {
   return detail::to_same_size<int32_t>(
       v, [](__m512 r) { return _mm512_cvt_roundps_epi32(r, embedded<mode>); },
       [](__m128 r) { return _mm_cvtsi32_si128(_mm_cvt_roundss_i32(r, embedded<mode>)); });
+}
+template <Rounding mode = rn, int N>
+inline Vec<int32_t, N> to_int32(Vec<half, N> v) {
+  return to_int32<mode>(widen(v));
 }
 template <int N>
 inline Vec<int32_t, N> truncate_to_int32(Vec<double, N> v) {

@@ -156,7 +156,8 @@ template <auto wrapper, int width, class Finish, class First, class Second, clas
 /// stay apart, so that the frame of the callout stands behind its branch.
 template <class Family, Tier tier, int width, auto wrapper, class Finish, class... V>
 [[gnu::always_inline]] inline auto evaluate(Finish finish, const V&... x) {
-  const auto outcome = apply<Family, tier>(x...);
+  // Not const: g++ keeps read-only aggregates in memory.
+  auto outcome = apply<Family, tier>(x...);
   if constexpr (has_special<decltype(outcome)>) {
     const uint32_t special = lane_bits<width>(outcome.special);
     if (special != 0) [[unlikely]]
@@ -220,18 +221,19 @@ template <auto rare, int width, class... T>
   for (int i = 0; i < (width == 3 ? 4 : width); ++i) rare(lane + i...);
 }
 
-/// The kernel of three operands in memory on the stack, its result in memory.
+/// The kernel of three operands in memory on the stack. Its result goes to memory; the address
+/// comes as the hidden argument of a function that returns a structure, and is returned like it.
 struct StackVector {
   double lane[16];
 };
 template <class Family, Tier tier>
-[[gnu::always_inline]] inline StackVector kernel_on_stack(const StackVector& x,
-                                                          const StackVector& y,
-                                                          const StackVector& z) {
+[[gnu::always_inline]] inline StackVector* kernel_on_stack(StackVector* result,
+                                                           const StackVector& x,
+                                                           const StackVector& y,
+                                                           const StackVector& z) {
   using V = Vec<double, 16>;
-  StackVector result;
-  store<16>(result.lane, Family::template apply<tier>(load<16, V>(x.lane), load<16, V>(y.lane),
-                                                      load<16, V>(z.lane)));
+  store<16>(result->lane, Family::template apply<tier>(load<16, V>(x.lane), load<16, V>(y.lane),
+                                                       load<16, V>(z.lane)));
   return result;
 }
 

@@ -13,8 +13,8 @@ namespace zorp {
 struct Sincosreg {
   template <Tier, class T, int N>
   static auto apply(Vec<T, N> x) {
-    const Vec<T, N> twice = x + x;
-    const Vec<T, N> one_half = scale(x, minus_one<Vec<T, N>>());
+    auto twice = x + x;
+    auto one_half = scale(x, minus_one<Vec<T, N>>());
     if constexpr (same<T, double>)
       return Outcome<Vec<T, N>, Vec<T, N>>{twice, one_half, classify<0x99>(x)};
     else
