@@ -1,8 +1,7 @@
 /* The header in C: plain functions, a register pair, and agreement with the C library. */
-#include <zorp_z1.h>
-
 #include <math.h>
 #include <stdio.h>
+#include <zorp_z1.h>
 
 int check_from_c(void);
 
