@@ -164,7 +164,8 @@ TEST_P(FmaValues, HaveZerosBehindFewHalves) {
     const std::vector<Tuple> lanes(width, {one, one, one});
     const Results& results = caller(lanes, {.fill = {one, one, one}});
     for (int lane = width == 2 ? 2 : 4; lane < 32; ++lane)
-      EXPECT_EQ(caller.output(results, 0, lane), 0u) << caller.kernel().name() << " lane " << lane;
+      EXPECT_EQ(caller.output(results, 0, lane), 0u)
+          << GetParam().kernel(width).name() << " lane " << lane;
   }
 }
 
