@@ -330,6 +330,13 @@ inline Mask<V::lanes> compare(V a, detail::same_as<V> b) {
   return detail::test<V>([](auto... r) { return V::Ops::template compare<predicate>(r...); }, a, b);
 }
 inline constexpr int nans = 0x81, zeros = 0x06, infinities = 0x18;
+/// The same of doubles, and no exception flag is raised by signalling NaNs and subnormals.
+template <int predicate, int N>
+inline Mask<N> compare_silently(Vec<double, N> a, Vec<double, N> b) {
+  return detail::test<Vec<double, N>>(
+      [](auto... r) { return Vec<double, N>::Ops::template compare_silently<predicate>(r...); }, a,
+      b);
+}
 /// The lanes in one of the classes: bit 0 quiet NaN, 1 +0, 2 -0, 3 +infinity, 4 -infinity,
 /// 5 subnormal, 6 negative finite, 7 signalling NaN.
 template <int classes, class V>

@@ -1,5 +1,6 @@
 // Conversions are exact: every result is that of integer arithmetic, in every lane, on operands of
-// every size, around every limit and around the ties of every magnitude.
+// every size, around every limit and around the ties of every magnitude. No operand raises an
+// exception flag.
 #include "tests/values/conversions.h"
 
 #include <gtest/gtest.h>
@@ -126,6 +127,7 @@ TEST_P(Conversions, AreExact) {
       for (int i = 0; i < kernel.width; ++i)
         ASSERT_EQ(hex(caller.output(results, 0, i)), hex(expected[(start + i) % pool.size()]))
             << kernel.name() << " of " << hex(lanes[i][0]) << " in lane " << i;
+      ASSERT_EQ(caller.raised(), 0) << kernel.name() << " of " << hex(lanes[0][0]) << " and others";
     }
   }
 }
