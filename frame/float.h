@@ -63,36 +63,20 @@ struct Instructions<float, N> {
   static Register max(Register a, Register b) { return _mm512_max_round_ps(a, b, sae); }
   static Register reciprocal14(Register v) { return _mm512_rcp14_ps(v); }
   static Register reciprocal_root14(Register v) { return _mm512_rsqrt14_ps(v); }
-  // Up to eight lanes are tested and selected in half the register: their masks have eight bits,
-  // as those of double have, and need no extension.
   template <int imm>
-  static auto classify(Register v) {
-    if constexpr (N <= 8)
-      return _mm256_fpclass_ps_mask(_mm512_castps512_ps256(v), imm);
-    else
-      return _mm512_fpclass_ps_mask(v, imm);
+  static __mmask16 classify(Register v) {
+    return _mm512_fpclass_ps_mask(v, imm);
   }
   template <int predicate>
-  static auto compare(Register a, Register b) {
-    if constexpr (N <= 8)
-      return _mm256_cmp_ps_mask(_mm512_castps512_ps256(a), _mm512_castps512_ps256(b), predicate);
-    else
-      return _mm512_cmp_ps_mask(a, b, predicate);
+  static __mmask16 compare(Register a, Register b) {
+    return _mm512_cmp_ps_mask(a, b, predicate);
   }
-  template <class MaskRegister>
-  static Register blend(MaskRegister mask, Register set, Register clear) {
-    if constexpr (N <= 8)
-      return _mm512_castps256_ps512(
-          _mm256_mask_mov_ps(_mm512_castps512_ps256(clear), mask, _mm512_castps512_ps256(set)));
-    else
-      return _mm512_mask_mov_ps(clear, mask, set);
+  static Register blend(__mmask16 mask, Register set, Register clear) {
+    return _mm512_mask_mov_ps(clear, mask, set);
   }
-  template <Rounding mode, class MaskRegister>
-  static Register add_where(MaskRegister mask, Register a, Register b) {
-    if constexpr (N <= 8)
-      return blend(mask, add<mode>(a, b), a);
-    else
-      return _mm512_mask_add_round_ps(a, mask, a, b, embedded<mode>);
+  template <Rounding mode>
+  static Register add_where(__mmask16 mask, Register a, Register b) {
+    return _mm512_mask_add_round_ps(a, mask, a, b, embedded<mode>);
   }
   static Register add_in_order(Register a, Register b) {
     Register sum;

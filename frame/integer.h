@@ -142,40 +142,18 @@ struct Instructions<int32_t, N> {
   static Register absolute(Register v) { return _mm512_abs_epi32(v); }
   static Register min(Register a, Register b) { return _mm512_min_epi32(a, b); }
   static Register max(Register a, Register b) { return _mm512_max_epi32(a, b); }
-  // Up to eight lanes are tested and selected in half the register: their masks have eight bits,
-  // as those of 64-bit lanes have, and need no extension.
   template <int predicate>
-  static auto compare(Register a, Register b) {
-    if constexpr (N <= 8)
-      return _mm256_cmp_epi32_mask(low(a), low(b), predicate);
-    else
-      return _mm512_cmp_epi32_mask(a, b, predicate);
+  static __mmask16 compare(Register a, Register b) {
+    return _mm512_cmp_epi32_mask(a, b, predicate);
   }
   template <int predicate>
-  static auto compare_unsigned(Register a, Register b) {
-    if constexpr (N <= 8)
-      return _mm256_cmp_epu32_mask(low(a), low(b), predicate);
-    else
-      return _mm512_cmp_epu32_mask(a, b, predicate);
+  static __mmask16 compare_unsigned(Register a, Register b) {
+    return _mm512_cmp_epu32_mask(a, b, predicate);
   }
-  static auto any_common_bit(Register a, Register b) {
-    if constexpr (N <= 8)
-      return _mm256_test_epi32_mask(low(a), low(b));
-    else
-      return _mm512_test_epi32_mask(a, b);
-  }
-  static auto is_negative(Register v) {
-    if constexpr (N <= 8)
-      return _mm256_movepi32_mask(low(v));
-    else
-      return _mm512_movepi32_mask(v);
-  }
-  template <class MaskRegister>
-  static Register blend(MaskRegister mask, Register set, Register clear) {
-    if constexpr (N <= 8)
-      return _mm512_castsi256_si512(_mm256_mask_mov_epi32(low(clear), mask, low(set)));
-    else
-      return _mm512_mask_mov_epi32(clear, mask, set);
+  static __mmask16 any_common_bit(Register a, Register b) { return _mm512_test_epi32_mask(a, b); }
+  static __mmask16 is_negative(Register v) { return _mm512_movepi32_mask(v); }
+  static Register blend(__mmask16 mask, Register set, Register clear) {
+    return _mm512_mask_mov_epi32(clear, mask, set);
   }
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
@@ -199,9 +177,6 @@ struct Instructions<int32_t, N> {
     else
       return _mm512_permutex2var_epi32(row[0], index, row[1]);
   }
-
- private:
-  static __m256i low(Register v) { return _mm512_castsi512_si256(v); }
 };
 
 template <>
