@@ -97,12 +97,16 @@ template <auto wrapper, class... Images>
 
 /// The two ways in which a kernel hands over its results. What a callout needs afterwards is kept
 /// in a value of its own, so that the path without a callout needs no preserved register.
-template <int width>
+template <int width, class... Operands>
 struct InRegisters {
   InRegisters across_call() const { return *this; }
   template <class... V>
   [[gnu::always_inline]] auto operator()(const V&... results) const {
-    return deliver<width>(results...);
+    auto registers = deliver<width>(results...);
+    // g++ cleans the upper halves behind a narrow result by itself, unless an operand is wide.
+    if constexpr (sizeof registers == 16 && ((sizeof(Register<Operands, width>) > 16) || ...))
+      asm volatile("vzeroupper" : "+x"(registers));
+    return registers;
   }
 };
 template <int width, class P>
@@ -177,7 +181,7 @@ template <class Family, Tier tier, int width, auto wrapper = nullptr, class... T
 [[gnu::always_inline]] inline auto kernel(Operand<T, width>... operands) {
   constexpr int N = lanes_held<width, T...>;
   return detail::evaluate<Family, tier, width, wrapper>(
-      detail::InRegisters<width>{}, receive<N>(operands, detail::filler<Family, T>())...);
+      detail::InRegisters<width, T...>{}, receive<N>(operands, detail::filler<Family, T>())...);
 }
 
 /// A kernel that writes its second result through a pointer, once, on every path.
