@@ -78,7 +78,12 @@ struct Mask {
   friend Mask operator~(Mask a) { return {_knot_mask32(a.bits)}; }
 
   Mask<N / 2> low() const { return {bits}; }
-  Mask<N / 2> high() const { return {bits >> (N / 2)}; }
+  Mask<N / 2> high() const {
+    if constexpr (N <= 16)
+      return {_kshiftri_mask16(bits, N / 2)};
+    else
+      return {_kshiftri_mask32(bits, N / 2)};
+  }
 };
 
 /// The mask of a pair: the low half's lanes first.

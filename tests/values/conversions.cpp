@@ -1,51 +1,41 @@
 #include "tests/values/conversions.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace zorp::test {
 namespace {
 
-using Wide = unsigned __int128;
 using Rounding = Conversion::Rounding;
 
 bool is_signed(Lane lane) { return lane == Lane::i32 || lane == Lane::i64; }
 
-int width_of(Wide m) {
-  const auto high = std::uint64_t(m >> 64);
-  return high ? 64 + std::bit_width(high) : int(std::bit_width(std::uint64_t(m)));
-}
-
 /// (-1)^negative m 2^exponent
 struct Dyadic {
   bool negative;
-  Wide m;
+  std::uint64_t m;
   int exponent;
 };
 
-/// The magnitude as a multiple of 2^unit, rounded. It must fit into 128 bits.
-Wide rounded(const Dyadic& x, int unit, Rounding rounding) {
-  const int shift = unit - x.exponent;
-  if (shift <= 0) return x.m << -shift;
-  // Everything below a quarter of the unit is alike.
-  const bool far = shift > width_of(x.m) + 2;
-  const Wide m = far ? Wide(x.m != 0) : x.m;
-  const int s = far ? 3 : shift;
-  const Wide kept = m >> s, rest = m - (kept << s), half = Wide{1} << (s - 1);
-  bool away = false;
+/// The magnitude as a multiple of 2^unit, rounded. It must fit into 64 bits.
+std::uint64_t rounded(const Dyadic& x, int unit, Rounding rounding) {
+  std::uint64_t m = x.m;
+  int shift = unit - x.exponent;
+  if (shift <= 0) return m << -shift;
+  // Far below the unit it counts only that there are bits.
+  for (; shift > 40; shift -= 32) m = m >> 32 | (std::uint32_t(m) != 0);
+  const std::uint64_t kept = m >> shift, rest = m - (kept << shift);
+  const std::uint64_t half = std::uint64_t{1} << (shift - 1);
   switch (rounding) {
     case Rounding::nearest:
-      away = rest > half || (rest == half && (kept & 1));
-      break;
+      return kept + (rest > half || (rest == half && (kept & 1)));
     case Rounding::down:
-      away = x.negative && rest != 0;
-      break;
+      return kept + (x.negative && rest != 0);
     case Rounding::up:
-      away = !x.negative && rest != 0;
-      break;
-    case Rounding::zero:
-      break;
+      return kept + (!x.negative && rest != 0);
+    default:
+      return kept;
   }
-  return kept + away;
 }
 
 /// A finite number of a format.
@@ -63,8 +53,8 @@ Bits to_format(const Format& f, const Dyadic& x, Rounding rounding) {
   if (x.m == 0) return sign;
   const int bias = (1 << (f.exponent_bits - 1)) - 1;
   const int lowest = 1 - bias - f.mantissa_bits;  // exponent of the last place of subnormals
-  const int unit = std::max(width_of(x.m) + x.exponent - f.mantissa_bits - 1, lowest);
-  const auto digits = Bits(rounded(x, unit, rounding));
+  const int unit = std::max(int(std::bit_width(x.m)) + x.exponent - f.mantissa_bits - 1, lowest);
+  const Bits digits = rounded(x, unit, rounding);
   // Digits that rounding made too long, or normal, carry into the exponent.
   if (unit - lowest >= 1 << f.exponent_bits ||
       (Bits(unit - lowest) << f.mantissa_bits) + digits >= f.infinity()) {
@@ -89,21 +79,21 @@ Bits to_integer(const Conversion& c, Bits bits) {
 
   const bool negative = (bits & f.sign()) != 0;
   bool fits = false;  // as a magnitude of that many bits
-  Wide r = 0;
+  Bits r = 0;
   if (f.is_finite(bits)) {
     const Dyadic x = dyadic(f, bits);
-    if (width_of(x.m) + x.exponent <= 64) {
+    if (int(std::bit_width(x.m)) + x.exponent <= 64) {
       r = rounded(x, 0, c.rounding);
       fits = r <= all;
     }
   }
-  const Bits value = negative ? (0 - Bits(r)) & all : Bits(r);
+  const Bits value = negative ? (0 - r) & all : r;
   if (is_signed(c.to)) {
     if (fits && r <= top - !negative) return value;
     return c.saturates ? top - !negative : top;
   }
-  if (c.saturates) return negative ? 0 : fits ? Bits(r) : all;
-  return fits ? Bits(r) : top;
+  if (c.saturates) return negative ? 0 : fits ? r : all;
+  return fits ? r : top;
 }
 
 }  // namespace

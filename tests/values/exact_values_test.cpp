@@ -156,6 +156,19 @@ TEST_P(FmaValues, AreRoundedOnce) {
   });
 }
 
+TEST_P(FmaValues, HaveZerosBehindFewHalves) {
+  if (GetParam().element != Element::f16) return;
+  const Bits one = format(Element::f16).one();
+  for (int width : {2, 3, 4}) {
+    Caller caller(GetParam().kernel(width), loaded(*GetParam().library));
+    const std::vector<Tuple> lanes(width, {one, one, one});
+    const Results& results = caller(lanes, {.fill = {one, one, one}});
+    for (int lane = width == 2 ? 2 : 4; lane < 32; ++lane)
+      EXPECT_EQ(caller.output(results, 0, lane), 0u)
+          << GetParam().kernel(width).name() << " lane " << lane;
+  }
+}
+
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(FmaValues);
 INSTANTIATE_TEST_SUITE_P(, FmaValues, testing::ValuesIn(variants_of({"fma"})),
                          [](const auto& info) { return info.param.name(); });
