@@ -225,7 +225,8 @@ int run(const std::vector<std::string>& arguments) {
   } else if (what == "summary") {
     std::printf("exports: %zu of %zu\n", kernels_of(rest(1)).size(), kernels().size());
   } else {
-    std::fprintf(stderr, "usage: generate kernels|version-script|names|header|header-checks|summary ...\n");
+    std::fprintf(stderr,
+                 "usage: generate kernels|version-script|names|header|header-checks|summary ...\n");
     return 2;
   }
   return 0;
