@@ -116,23 +116,41 @@ struct InMemory {
 
 // ---- Loops -------------------------------------------------------------------------------------
 
+template <class T, int width>
+inline Register<T, width> load_at(const std::byte* array, int i) {
+  return load<T, width>(array + sizeof(T) * i);
+}
+
+/// Addresses stay in registers across the calls: nothing is added that a caller's loop hasn't got.
+struct Arrays {
+  const std::byte* operand[3];
+  std::byte *result, *second;
+
+  explicit Arrays(Buffers& b)
+      : operand{b.operand[0].data(), b.operand[1].data(), b.operand[2].data()},
+        result(b.result.data()),
+        second(b.second.data()) {}
+};
+
 template <class Call, int width, class First, class... Operands, size_t... I>
-void throughput(Function function, Buffers& b, std::index_sequence<I...>) {
+void throughput(Function function, Buffers& buffers, std::index_sequence<I...>) {
+  const Arrays array(buffers);
   for (int i = 0; i < kOperands; i += width) {
     const auto call = [&] {
       // Sixteen bytes for each lane of the second result hold two results of any type, too.
-      return Call::call(function, b.second.data() + 16 * i,
-                        load<Operands, width>(b.operand[I].data() + sizeof(Operands) * i)...);
+      return Call::call(function, array.second + 16 * i,
+                        load_at<Operands, width>(array.operand[I], i)...);
     };
     if constexpr (std::is_void_v<decltype(call())>)
       call();
     else
-      store<First, width>(b.result.data() + sizeof(First) * i, call());
+      store<First, width>(array.result + sizeof(First) * i, call());
   }
 }
 
 template <class Call, int width, class X, class... Operands, size_t... I>
-void latency(Function function, Buffers& b, std::index_sequence<I...>) {
+void latency(Function function, Buffers& buffers, std::index_sequence<I...>) {
+  const Arrays array(buffers);
   // The next operand takes no bit of the result, but the processor can't know.
   Register<X, width> zero{}, result{};
   if constexpr (kInGeneralRegister<X, width>)
@@ -140,11 +158,11 @@ void latency(Function function, Buffers& b, std::index_sequence<I...>) {
   else
     asm volatile("" : "+v"(zero));
   for (int i = 0; i < kOperands; i += width)
-    result = Call::call(
-        function, b.second.data() + 16 * i,
-        load<X, width>(b.operand[0].data() + sizeof(X) * i) | (result & zero),
-        load<Operands, width>(b.operand[I + 1].data() + sizeof(Operands) * i)...);
-  store<X, width>(b.result.data(), result);
+    result =
+        Call::call(function, array.second + 16 * i,
+                   load_at<X, width>(array.operand[0], i) | (result & zero),
+                   load_at<Operands, width>(array.operand[I + 1], i)...);
+  store<X, width>(array.result, result);
 }
 
 template <int width, class First, class Second, class X, class... Operands>
