@@ -53,7 +53,8 @@ class EntryPoint {
 
   std::string prototype() const {
     if (kernel_.operands_on_stack())
-      return "StackVector " + kernel_.symbol() + "(StackVector x, StackVector y, StackVector z)";
+      return "StackVector* " + kernel_.symbol() +
+             "(StackVector* result, StackVector x, StackVector y, StackVector z)";
     std::vector<std::string> parameters;
     if (kernel_.pointer()) parameters.push_back(lane_type(*kernel_.pointer()) + "* second");
     for (size_t i = 0; i < operands_.size(); ++i)
@@ -68,10 +69,10 @@ class EntryPoint {
   }
 
   std::string body() const {
-    const std::string algorithm = kernel_.family->algorithm;
+    const std::string algorithm = this->algorithm();
     const std::string tier = tier_name(kernel_.tier);
     if (kernel_.operands_on_stack())
-      return "return kernel_on_stack<" + algorithm + ", " + tier + ">(x, y, z);";
+      return "return kernel_on_stack<" + algorithm + ", " + tier + ">(result, x, y, z);";
     const bool by_rare = kernel_.special_lanes() == Class::A;
     std::string call = by_rare ? "kernel_by_rare" : "kernel";
     if (kernel_.pointer()) call += "_storing";
@@ -118,6 +119,13 @@ class EntryPoint {
  private:
   static std::string identity(const std::string& text) { return text; }
 
+  std::string algorithm() const {
+    std::string name = kernel_.family->algorithm;
+    if (const size_t hole = name.find("{}"); hole != name.npos)
+      name.replace(hole, 2, lane_type(results_[0]));
+    return name;
+  }
+
   std::vector<std::string> register_names(size_t operand) const {
     const std::string name(1, char('x' + operand));
     if (registers(operands_[operand], kernel_.width) == 1) return {name};
@@ -136,6 +144,14 @@ class EntryPoint {
   std::vector<Lane> operands_, results_;
 };
 
+/// Kernels that call out do, and emulated half arithmetic, which isn't inlined.
+bool makes_calls(Element element, const std::vector<std::string>& groups) {
+  if (element == Element::f16) return true;
+  for (const Kernel& kernel : kernels_of(groups))
+    if (kernel.element == element && kernel.calls_out()) return true;
+  return false;
+}
+
 void print_kernels(const std::string& element_name, const std::string& header,
                    const std::vector<std::string>& groups) {
   const Element element = element_name == "double"  ? Element::f64
@@ -143,9 +159,13 @@ void print_kernels(const std::string& element_name, const std::string& header,
                                                     : Element::f16;
   std::printf(
       "// Written by export/generate from the grammar of the exported names.\n"
-      "#include \"%s\"\n\n#include \"frame/kernel.h\"\n\nusing namespace zorp;\n\n"
-      "extern \"C\" {\n",
+      "#include \"%s\"\n\n#include \"frame/kernel.h\"\n\nusing namespace zorp;\n\n",
       header.c_str());
+  if (!makes_calls(element, groups))
+    std::printf(
+        "// No kernel here calls a routine: rsi and rdi stay out of use instead of being saved.\n"
+        "register long rsi asm(\"rsi\");\nregister long rdi asm(\"rdi\");\n\n");
+  std::printf("extern \"C\" {\n");
   std::set<std::string> declared;
   // The wrapper depends on the rare routine alone, not on tier or (but for width 1 and the wrappers
   // of all lanes) width: one copy carries the names of all.
@@ -174,8 +194,8 @@ void print_kernels(const std::string& element_name, const std::string& header,
       std::printf("[[gnu::visibility(\"default\"), gnu::alias(\"%s\")]] %s;\n",
                   target.symbol().c_str(), entry.prototype().c_str());
     } else {
-      std::printf("[[gnu::visibility(\"default\"), gnu::flatten]] %s {\n  %s\n}\n", entry.prototype().c_str(),
-                  entry.body().c_str());
+      std::printf("[[gnu::visibility(\"default\"), gnu::flatten]] %s {\n  %s\n}\n",
+                  entry.prototype().c_str(), entry.body().c_str());
     }
   }
   std::printf("\n}  // extern \"C\"\n");

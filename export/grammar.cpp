@@ -211,7 +211,7 @@ std::vector<Family> all_families() {
       }
       Family& family =
           all.emplace_back(conversion("cvt" + std::string(integer.name) + "tofp", field,
-                                      "IntegerToFloat<" + type + ", " + rounding + ">"));
+                                      "IntegerToFloat<" + type + ", {}, " + rounding + ">"));
       family.from = integer.lane;
       family.float_widths = float_widths;
     }

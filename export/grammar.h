@@ -46,8 +46,10 @@ enum class Form {
 
 struct Family {
   std::string name;
-  std::string group;      // families that share one source: the stem of a conversion, else the name
-  std::string algorithm;  // the C++ name of the algorithm: Exp, FloatToInteger<...>
+  std::string group;  // families that share one source: the stem of a conversion, else the name
+  /// The C++ name of the algorithm: Exp, FloatToInteger<...>. {} stands for the type of the
+  /// result's lanes, where the operands don't tell it.
+  std::string algorithm;
   Form form;
   std::vector<Element> elements;
   std::vector<Tier> tiers;

@@ -189,7 +189,7 @@ inline void low_part(__m512i r, Integer& to) { low_part(_mm512_castsi512_si128(r
 
 /// The boundary register of an unpaired vector.
 template <int width, class T, int N>
-inline Register<T, width> to_register(Vec<T, N> v) {
+inline Register<T, width> to_register(const Vec<T, N>& v) {
   Register<T, width> r;
   low_part(Vec<T, N>::Ops::bits(v.reg), r);
   return r;
@@ -215,7 +215,7 @@ template <class R>
 
 /// Returns one result from a kernel.
 template <int width, class T, int N>
-[[gnu::always_inline]] inline Register<T, width> deliver(Vec<T, N> v) {
+[[gnu::always_inline]] inline Register<T, width> deliver(const Vec<T, N>& v) {
   if constexpr (v.paired)
     return detail::return_registers(detail::to_register<width>(v.lo),
                                     detail::to_register<width>(v.hi));
@@ -226,7 +226,7 @@ template <int width, class T, int N>
 /// Returns two results: the second in the registers after those of the first. Two integers of
 /// width 1 share one general register, the second in its high half.
 template <int width, class T, int N>
-[[gnu::always_inline]] inline auto deliver(Vec<T, N> first, Vec<T, N> second) {
+[[gnu::always_inline]] inline auto deliver(const Vec<T, N>& first, const Vec<T, N>& second) {
   if constexpr (first.paired)
     return detail::return_registers(
         detail::to_register<width>(first.lo), detail::to_register<width>(first.hi),
@@ -241,7 +241,7 @@ template <int width, class T, int N>
 
 /// Stores `width` lanes (four at width 3) at an address that is aligned to an element only.
 template <int width, class T, int N>
-inline void store(T* to, Vec<T, N> v) {
+inline void store(T* to, const Vec<T, N>& v) {
   if constexpr (v.paired) {
     store<width / 2>(to, v.lo);
     store<width / 2>(to + N / 2, v.hi);

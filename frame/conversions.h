@@ -11,8 +11,9 @@ inline __m256i low_half(__m512i r) { return _mm512_castsi512_si256(r); }
 inline __m256i high_half(__m512i r) { return _mm512_extracti64x4_epi64(r, 1); }
 inline __m256 low_half(__m512 r) { return _mm512_castps512_ps256(r); }
 inline __m256 high_half(__m512 r) { return _mm512_extractf32x8_ps(r, 1); }
-inline __m512i zero_extend_half(__m256i r) { return _mm512_zextsi256_si512(r); }
-inline __m512 zero_extend_half(__m256 r) { return _mm512_zextps256_ps512(r); }
+/// The low half of a register whose high half the conversion has cleared.
+inline __m512i with_clear_half(__m256i r) { return _mm512_castsi256_si512(r); }
+inline __m512 with_clear_half(__m256 r) { return _mm512_castps256_ps512(r); }
 inline __m512i join_halves(__m256i low, __m256i high) {
   return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
 }
@@ -38,7 +39,7 @@ template <class To, class From, int N, class F, class F1>
   else if constexpr (N == 16)
     return Vec<To, N>(join_halves(f(v.lo.reg), f(v.hi.reg)));
   else
-    return Vec<To, N>(zero_extend_half(f(v.reg)));
+    return Vec<To, N>(with_clear_half(f(v.reg)));
 }
 /// Between lanes of one size.
 template <class To, class From, int N, class F, class F1>
@@ -103,6 +104,10 @@ inline Vec<int32_t, N> to_int32(Vec<float, N> v) {
       v, [](__m512 r) { return _mm512_cvt_roundps_epi32(r, embedded<mode>); },
       [](__m128 r) { return _mm_cvtsi32_si128(_mm_cvt_roundss_i32(r, embedded<mode>)); });
 }
+template <Rounding mode = rn, int N>
+inline Vec<int32_t, N> to_int32(Vec<half, N> v) {
+  return to_int32<mode>(widen(v));
+}
 template <int N>
 inline Vec<int32_t, N> truncate_to_int32(Vec<double, N> v) {
   return detail::to_narrow<int32_t>(
@@ -124,12 +129,33 @@ inline Vec<int64_t, N> zero_extend(Vec<int32_t, N> v) {
       v, [](__m256i r) { return _mm512_cvtepu32_epi64(r); },
       [](__m128i r) { return _mm_cvtepu32_epi64(r); });
 }
-/// The low words of the lanes.
+namespace detail {
+/// Word `w` (0 low, 1 high) of each lane, by one permutation.
+template <int w, int N>
+inline Vec<int32_t, N> words(Vec<int64_t, N> v) {
+  const __m512i index =
+      _mm512_setr_epi32(w, w + 2, w + 4, w + 6, w + 8, w + 10, w + 12, w + 14, w + 16, w + 18,
+                        w + 20, w + 22, w + 24, w + 26, w + 28, w + 30);
+  if constexpr (N == 16)
+    return Vec<int32_t, N>(_mm512_permutex2var_epi32(v.lo.reg, index, v.hi.reg));
+  else
+    return Vec<int32_t, N>(_mm512_permutexvar_epi32(index, v.reg));
+}
+}  // namespace detail
+
 template <int N>
 inline Vec<int32_t, N> low_words(Vec<int64_t, N> v) {
-  return detail::to_narrow<int32_t>(
-      v, [](__m512i r) { return _mm512_cvtepi64_epi32(r); },
-      [](__m128i r) { return _mm_cvtepi64_epi32(r); });
+  if constexpr (N == 1)
+    return Vec<int32_t, 1>(v.reg);
+  else
+    return detail::words<0>(v);
+}
+template <int N>
+inline Vec<int32_t, N> high_words(Vec<int64_t, N> v) {
+  if constexpr (N == 1)
+    return Vec<int32_t, 1>(_mm_srli_epi64(v.reg, 32));
+  else
+    return detail::words<1>(v);
 }
 /// The same bits as signed or unsigned lanes.
 template <class To, class From, int N>

@@ -83,6 +83,10 @@ struct Instructions<double, N> {
     asm("vaddpd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register fma_in_order(Register a, Register b, Register c) {
+    asm("vfmadd132pd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
   static Register bit_and(Register a, Register b) { return _mm512_and_pd(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_pd(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_pd(a, b); }
@@ -167,6 +171,10 @@ struct Instructions<double, 1> {
     Register sum;
     asm("vaddsd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
+  }
+  static Register fma_in_order(Register a, Register b, Register c) {
+    asm("vfmadd132sd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
   }
   static Register bit_and(Register a, Register b) { return _mm_and_pd(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_pd(a, b); }

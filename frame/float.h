@@ -83,6 +83,10 @@ struct Instructions<float, N> {
     asm("vaddps %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register fma_in_order(Register a, Register b, Register c) {
+    asm("vfmadd132ps %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
   static Register bit_and(Register a, Register b) { return _mm512_and_ps(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_ps(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_ps(a, b); }
@@ -167,6 +171,10 @@ struct Instructions<float, 1> {
     Register sum;
     asm("vaddss %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
+  }
+  static Register fma_in_order(Register a, Register b, Register c) {
+    asm("vfmadd132ss %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
   }
   static Register bit_and(Register a, Register b) { return _mm_and_ps(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_ps(a, b); }

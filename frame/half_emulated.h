@@ -2,8 +2,10 @@
 //
 // Every operation takes 16 halves packed in a __m256i and gives the bits that the AVX512-FP16
 // instruction of the same meaning gives: in all rounding modes, for subnormals, both zeros,
-// infinities, quiet and signalling NaNs. Only `current` reads MXCSR (its rounding mode); the static
-// modes neither depend on MXCSR nor raise exception flags.
+// infinities, quiet and signalling NaNs. The static modes don't depend on MXCSR and raise no
+// exception flags; `current`, and an immediate that asks for it, takes the rounding mode from
+// there. As in the instructions, narrowing takes subnormal floats and doubles for zeros if MXCSR
+// says so.
 //
 // Why one detour through float rounds only once:
 //  - Float holds every half as a normal number, and no sum, product, quotient or square root of

@@ -75,6 +75,10 @@ struct Instructions<half, N> {
     asm("vaddph %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register fma_in_order(Register a, Register b, Register c) {
+    asm("vfmadd132ph %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
   static Register bit_and(Register a, Register b) {
     return from_bits(_mm512_and_si512(bits(a), bits(b)));
   }
@@ -174,6 +178,10 @@ struct Instructions<half, 1> {
     Register sum;
     asm("vaddsh %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
+  }
+  static Register fma_in_order(Register a, Register b, Register c) {
+    asm("vfmadd132sh %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
   }
   static Register bit_and(Register a, Register b) {
     return from_bits(_mm_and_si128(bits(a), bits(b)));

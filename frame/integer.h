@@ -24,6 +24,7 @@ struct Instructions<int64_t, N> {
     return _mm512_srai_epi64(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm512_sllv_epi64(v, n); }
+  static Register absolute(Register v) { return _mm512_abs_epi64(v); }
   static Register min(Register a, Register b) { return _mm512_min_epi64(a, b); }
   static Register max(Register a, Register b) { return _mm512_max_epi64(a, b); }
   template <int predicate>
@@ -35,12 +36,16 @@ struct Instructions<int64_t, N> {
     return _mm512_cmp_epu64_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm512_test_epi64_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm512_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi64(clear, mask, set);
   }
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return _mm512_load_si512(row); }
@@ -78,6 +83,7 @@ struct Instructions<int64_t, 1> {
     return _mm_srai_epi64(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm_sllv_epi64(v, n); }
+  static Register absolute(Register v) { return _mm_abs_epi64(v); }
   static Register min(Register a, Register b) { return _mm_min_epi64(a, b); }
   static Register max(Register a, Register b) { return _mm_max_epi64(a, b); }
   template <int predicate>
@@ -89,12 +95,16 @@ struct Instructions<int64_t, 1> {
     return _mm_cmp_epu64_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi64_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi64(clear, mask, set);
   }
   static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) {
@@ -125,6 +135,11 @@ struct Instructions<int32_t, N> {
     return _mm512_srai_epi32(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm512_sllv_epi32(v, n); }
+  template <int n>
+  static Register shift_left_joined(Register high, Register low) {
+    return _mm512_shldi_epi32(high, low, n);
+  }
+  static Register absolute(Register v) { return _mm512_abs_epi32(v); }
   static Register min(Register a, Register b) { return _mm512_min_epi32(a, b); }
   static Register max(Register a, Register b) { return _mm512_max_epi32(a, b); }
   template <int predicate>
@@ -136,12 +151,16 @@ struct Instructions<int32_t, N> {
     return _mm512_cmp_epu32_mask(a, b, predicate);
   }
   static __mmask16 any_common_bit(Register a, Register b) { return _mm512_test_epi32_mask(a, b); }
+  static __mmask16 is_negative(Register v) { return _mm512_movepi32_mask(v); }
   static Register blend(__mmask16 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi32(clear, mask, set);
   }
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return _mm512_load_si512(row); }
@@ -180,6 +199,11 @@ struct Instructions<int32_t, 1> {
     return _mm_srai_epi32(v, n);
   }
   static Register shift_left_by(Register v, Register n) { return _mm_sllv_epi32(v, n); }
+  template <int n>
+  static Register shift_left_joined(Register high, Register low) {
+    return _mm_shldi_epi32(high, low, n);
+  }
+  static Register absolute(Register v) { return _mm_abs_epi32(v); }
   static Register min(Register a, Register b) { return _mm_min_epi32(a, b); }
   static Register max(Register a, Register b) { return _mm_max_epi32(a, b); }
   template <int predicate>
@@ -191,12 +215,16 @@ struct Instructions<int32_t, 1> {
     return _mm_cmp_epu32_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi32_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi32_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi32(clear, mask, set);
   }
   static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) { return _mm_set1_epi32(static_cast<int32_t>(pattern)); }
@@ -234,12 +262,16 @@ struct Instructions<int16_t, N> {
     return _mm512_cmp_epu16_mask(a, b, predicate);
   }
   static __mmask32 any_common_bit(Register a, Register b) { return _mm512_test_epi16_mask(a, b); }
+  static __mmask32 is_negative(Register v) { return _mm512_movepi16_mask(v); }
   static Register blend(__mmask32 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi16(clear, mask, set);
   }
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return _mm512_load_si512(row); }
@@ -289,12 +321,16 @@ struct Instructions<int16_t, 1> {
     return _mm_cmp_epu16_mask(a, b, predicate);
   }
   static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi16_mask(a, b); }
+  static __mmask8 is_negative(Register v) { return _mm_movepi16_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi16(clear, mask, set);
   }
   static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
+  static Register merge_bits(Register mask, Register set, Register clear) {
+    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
+  }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) { return _mm_set1_epi16(static_cast<int16_t>(pattern)); }

@@ -95,82 +95,116 @@ template <auto wrapper, class... Images>
     wrapper(images.lane...);
 }
 
+/// The two ways in which a kernel hands over its results. What a callout needs afterwards is kept
+/// in a value of its own, so that the path without a callout needs no preserved register.
+template <int width>
+struct InRegisters {
+  InRegisters across_call() const { return *this; }
+  template <class... V>
+  [[gnu::always_inline]] auto operator()(const V&... results) const {
+    return deliver<width>(results...);
+  }
+};
+template <int width, class P>
+struct SecondThroughPointer {
+  P* pointer;
+  SecondThroughPointer across_call() const {
+    P* kept = pointer;
+    asm volatile("" : "+r"(kept));
+    return {kept};
+  }
+  template <class First, class Second>
+  [[gnu::always_inline]] auto operator()(const First& first, const Second& second) const {
+    store<width>(pointer, second);
+    return deliver<width>(first);
+  }
+};
+
 /// Has the special lanes served: operands and results go to images, the wrapper serves the lanes,
-/// the results come back.
-template <auto wrapper, int width, class Outcome, class... V>
-[[gnu::always_inline]] inline void call_out(Outcome& outcome, uint32_t special, V... operands) {
-  using First = decltype(outcome.first);
-  Image<typename First::Element, width> first;
-  store<width>(first.lane, outcome.first);
-  [&](Image<typename V::Element, width>... images) __attribute__((always_inline)) {
+/// and what stands in the result images then is handed to `finish`.
+template <auto wrapper, int width, class Finish, class First, class... V>
+[[gnu::always_inline]] inline auto call_out(Finish finish, uint32_t special,
+                                            const Outcome<First>& outcome, const V&... operands) {
+  const Finish kept = finish.across_call();
+  return [&](Image<typename V::Element, width>... images) __attribute__((always_inline)) {
+    Image<typename First::Element, width> first;
     (store<width>(images.lane, operands), ...);
-    if constexpr (has_second<Outcome>) {
-      using Second = decltype(outcome.second);
-      Image<typename Second::Element, width> second;
-      store<width>(second.lane, outcome.second);
-      call_wrapper<wrapper>(special, images..., first, second);
-      outcome.second = load<width, Second>(second.lane);
-    } else {
-      call_wrapper<wrapper>(special, images..., first);
-    }
+    store<width>(first.lane, outcome.first);
+    call_wrapper<wrapper>(special, images..., first);
+    return kept(load<width, First>(first.lane));
   }
   (Image<typename V::Element, width>()...);
-  outcome.first = load<width, First>(first.lane);
+}
+template <auto wrapper, int width, class Finish, class First, class Second, class... V>
+[[gnu::always_inline]] inline auto call_out(Finish finish, uint32_t special,
+                                            const Outcome<First, Second>& outcome,
+                                            const V&... operands) {
+  const Finish kept = finish.across_call();
+  return [&](Image<typename V::Element, width>... images) __attribute__((always_inline)) {
+    Image<typename First::Element, width> first;
+    Image<typename Second::Element, width> second;
+    (store<width>(images.lane, operands), ...);
+    store<width>(first.lane, outcome.first);
+    store<width>(second.lane, outcome.second);
+    call_wrapper<wrapper>(special, images..., first, second);
+    return kept(load<width, First>(first.lane), load<width, Second>(second.lane));
+  }
+  (Image<typename V::Element, width>()...);
 }
 
-/// All lanes computed, special ones served.
-template <class Family, Tier tier, int width, auto wrapper, class... T>
-[[gnu::always_inline]] inline auto evaluate(Operand<T, width>... in) {
-  constexpr int N = lanes_held<width, T...>;
-  return [](auto... x) __attribute__((always_inline)) {
-    auto outcome = apply<Family, tier>(x...);
-    if constexpr (has_special<decltype(outcome)>) {
-      const uint32_t special = lane_bits<width>(outcome.special);
-      if (special != 0) [[unlikely]]
-        call_out<wrapper, width>(outcome, special, x...);
-    }
-    return outcome;
+/// Computes all lanes, has special ones served, and hands the results to `finish`. The two ways out
+/// stay apart, so that the frame of the callout stands behind its branch.
+template <class Family, Tier tier, int width, auto wrapper, class Finish, class... V>
+[[gnu::always_inline]] inline auto evaluate(Finish finish, const V&... x) {
+  // Not const: g++ keeps read-only aggregates in memory.
+  auto outcome = apply<Family, tier>(x...);
+  if constexpr (has_special<decltype(outcome)>) {
+    const uint32_t special = lane_bits<width>(outcome.special);
+    if (special != 0) [[unlikely]]
+      return call_out<wrapper, width>(finish, special, outcome, x...);
   }
-  (receive<N>(in, filler<Family, T>())...);
+  if constexpr (is_vector<decltype(outcome)>)
+    return finish(outcome);
+  else if constexpr (has_second<decltype(outcome)>)
+    return finish(outcome.first, outcome.second);
+  else
+    return finish(outcome.first);
 }
 }  // namespace detail
 
 /// A kernel with its results in registers.
 template <class Family, Tier tier, int width, auto wrapper = nullptr, class... T>
 [[gnu::always_inline]] inline auto kernel(Operand<T, width>... operands) {
-  const auto outcome = detail::evaluate<Family, tier, width, wrapper>(operands...);
-  if constexpr (detail::is_vector<decltype(outcome)>)
-    return deliver<width>(outcome);
-  else if constexpr (detail::has_second<decltype(outcome)>)
-    return deliver<width>(outcome.first, outcome.second);
-  else
-    return deliver<width>(outcome.first);
+  constexpr int N = lanes_held<width, T...>;
+  return detail::evaluate<Family, tier, width, wrapper>(
+      detail::InRegisters<width>{}, receive<N>(operands, detail::filler<Family, T>())...);
 }
 
 /// A kernel that writes its second result through a pointer, once, on every path.
 template <class Family, Tier tier, int width, auto wrapper = nullptr, class P, class... T>
 [[gnu::always_inline]] inline auto kernel_storing(P* pointer, Operand<T, width>... operands) {
-  const auto outcome = detail::evaluate<Family, tier, width, wrapper>(operands...);
-  store<width>(pointer, outcome.second);
-  return deliver<width>(outcome.first);
+  constexpr int N = lanes_held<width, T...>;
+  return detail::evaluate<Family, tier, width, wrapper>(
+      detail::SecondThroughPointer<width, P>{pointer},
+      receive<N>(operands, detail::filler<Family, T>())...);
 }
 
-/// A kernel without a fast path: the rare routine serves every lane.
+/// A kernel without a fast path: the rare routine serves every lane. The result image starts as the
+/// operand, a second one as zeros.
 template <class Family, int width, auto wrapper, class T>
 [[gnu::always_inline]] inline auto kernel_by_rare(Operand<T, width> operand) {
-  const auto x = receive<lanes_held<width, T>>(operand, detail::filler<Family, T>());
-  Outcome<decltype(x)> outcome{x, {}};
-  detail::call_out<wrapper, width>(outcome, 0, x);
-  return deliver<width>(outcome.first);
+  constexpr int N = lanes_held<width, T>;
+  const Vec<T, N> x = receive<N>(operand, detail::filler<Family, T>());
+  return detail::call_out<wrapper, width>(detail::InRegisters<width>{}, 0,
+                                          Outcome<Vec<T, N>>{x, {}}, x);
 }
 template <class Family, int width, auto wrapper, class P, class T>
 [[gnu::always_inline]] inline auto kernel_by_rare_storing(P* pointer, Operand<T, width> operand) {
   constexpr int N = lanes_held<width, T>;
-  const auto x = receive<N>(operand, detail::filler<Family, T>());
-  Outcome<Vec<T, N>, Vec<P, N>> outcome{x, constant<Vec<P, N>>(0), {}};
-  detail::call_out<wrapper, width>(outcome, 0, x);
-  store<width>(pointer, outcome.second);
-  return deliver<width>(outcome.first);
+  const Vec<T, N> x = receive<N>(operand, detail::filler<Family, T>());
+  return detail::call_out<wrapper, width>(
+      detail::SecondThroughPointer<width, P>{pointer}, 0,
+      Outcome<Vec<T, N>, Vec<P, N>>{x, constant<Vec<P, N>>(0), {}}, x);
 }
 
 /// The body of a callout wrapper: one call of the rare routine for each lane of the mask, in
@@ -187,18 +221,19 @@ template <auto rare, int width, class... T>
   for (int i = 0; i < (width == 3 ? 4 : width); ++i) rare(lane + i...);
 }
 
-/// The kernel of three operands in memory on the stack, its result in memory.
+/// The kernel of three operands in memory on the stack. Its result goes to memory; the address
+/// comes as the hidden argument of a function that returns a structure, and is returned like it.
 struct StackVector {
   double lane[16];
 };
 template <class Family, Tier tier>
-[[gnu::always_inline]] inline StackVector kernel_on_stack(const StackVector& x,
-                                                          const StackVector& y,
-                                                          const StackVector& z) {
+[[gnu::always_inline]] inline StackVector* kernel_on_stack(StackVector* result,
+                                                           const StackVector& x,
+                                                           const StackVector& y,
+                                                           const StackVector& z) {
   using V = Vec<double, 16>;
-  StackVector result;
-  store<16>(result.lane, Family::template apply<tier>(load<16, V>(x.lane), load<16, V>(y.lane),
-                                                      load<16, V>(z.lane)));
+  store<16>(result->lane, Family::template apply<tier>(load<16, V>(x.lane), load<16, V>(y.lane),
+                                                       load<16, V>(z.lane)));
   return result;
 }
 

@@ -40,6 +40,18 @@ inline const Block& rows(const Block& block) {
   return *base;
 }
 
+/// The block of element type T, of three that differ in that alone.
+template <class T, class OfDouble, class OfFloat, class OfHalf>
+constexpr const auto& block_of(const OfDouble& of_double, const OfFloat& of_float,
+                               const OfHalf& of_half) {
+  if constexpr (same<T, double>)
+    return of_double;
+  else if constexpr (same<T, float>)
+    return of_float;
+  else
+    return of_half;
+}
+
 }  // namespace zorp
 
 /// A further name of a block: tiers that run one algorithm share its rows.

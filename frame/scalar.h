@@ -9,8 +9,39 @@ namespace zorp {
 
 constexpr double from_bits(uint64_t pattern) { return __builtin_bit_cast(double, pattern); }
 constexpr float from_bits(uint32_t pattern) { return __builtin_bit_cast(float, pattern); }
+constexpr half from_bits(uint16_t pattern) { return {pattern}; }
 constexpr uint64_t bits(double v) { return __builtin_bit_cast(uint64_t, v); }
 constexpr uint32_t bits(float v) { return __builtin_bit_cast(uint32_t, v); }
+constexpr uint16_t bits(half v) { return v.bits; }
+
+/// The encodings of a floating-point type, for routines that go by the bits alone.
+template <class T>
+struct Format {
+  static constexpr int fraction_bits = same<T, double> ? 52 : same<T, float> ? 23 : 10;
+  static constexpr int exponent_bits = 8 * sizeof(T) - 1 - fraction_bits;
+  static constexpr int bias = (1 << (exponent_bits - 1)) - 1;
+  static constexpr Pattern<T> implicit_bit = Pattern<T>{1} << fraction_bits;
+  static constexpr Pattern<T> quiet_bit = implicit_bit >> 1;
+  static constexpr Pattern<T> sign = Pattern<T>{1} << (fraction_bits + exponent_bits);
+  static constexpr Pattern<T> infinity = sign - implicit_bit;
+};
+
+template <class T>
+constexpr Pattern<T> sign_bits(T v) {
+  return bits(v) & Format<T>::sign;
+}
+template <class T>
+constexpr Pattern<T> magnitude_bits(T v) {
+  return bits(v) & (Format<T>::sign - 1);
+}
+template <class T>
+constexpr bool is_nan(T v) {
+  return magnitude_bits(v) > Format<T>::infinity;
+}
+template <class T>
+constexpr T quieted(T nan) {
+  return from_bits(Pattern<T>(bits(nan) | Format<T>::quiet_bit));
+}
 
 inline constexpr double infinity = from_bits(uint64_t{0x7FF0000000000000});
 

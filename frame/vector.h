@@ -46,19 +46,6 @@ struct Vec<T, N, true> {
 };
 
 namespace detail {
-template <int N>
-struct MaskBits {
-  using type = uint8_t;
-};
-template <>
-struct MaskBits<16> {
-  using type = uint16_t;
-};
-template <>
-struct MaskBits<32> {
-  using type = uint32_t;
-};
-
 /// Lets a row stand where a vector is wanted, once another argument has told the vector's type.
 template <class V>
 struct Same {
@@ -78,34 +65,36 @@ template <class V, class F, class... A>
 }  // namespace detail
 
 /// One bit for each of N lanes. Where a register holds more than N lanes, bits beyond N may be
-/// set: lane_bits() and any() cut them off.
+/// set: lane_bits() and any() cut them off. The integer is as wide as the mask of any register, so
+/// that a mask which comes from one operation and goes to another stays in a mask register.
 template <int N>
 struct Mask {
-  using Bits = typename detail::MaskBits<N>::type;
   static constexpr int lanes = N;
-  Bits bits;
+  uint32_t bits;
 
-  friend Mask operator&(Mask a, Mask b) { return {Bits(a.bits & b.bits)}; }
-  friend Mask operator|(Mask a, Mask b) { return {Bits(a.bits | b.bits)}; }
-  friend Mask operator^(Mask a, Mask b) { return {Bits(a.bits ^ b.bits)}; }
-  friend Mask operator~(Mask a) { return {Bits(~a.bits)}; }
+  friend Mask operator&(Mask a, Mask b) { return {_kand_mask32(a.bits, b.bits)}; }
+  friend Mask operator|(Mask a, Mask b) { return {_kor_mask32(a.bits, b.bits)}; }
+  friend Mask operator^(Mask a, Mask b) { return {_kxor_mask32(a.bits, b.bits)}; }
+  friend Mask operator~(Mask a) { return {_knot_mask32(a.bits)}; }
 
-  Mask<N / 2> low() const { return {typename Mask<N / 2>::Bits(bits)}; }
-  Mask<N / 2> high() const { return {typename Mask<N / 2>::Bits(bits >> (N / 2))}; }
+  Mask<N / 2> low() const { return {bits}; }
+  Mask<N / 2> high() const { return {bits >> (N / 2)}; }
 };
 
 /// The mask of a pair: the low half's lanes first.
 inline Mask<16> join(Mask<8> low, Mask<8> high) {
-  return {static_cast<uint16_t>(_mm512_kunpackb(high.bits, low.bits))};
+  return {_mm512_kunpackb(static_cast<__mmask16>(high.bits), static_cast<__mmask16>(low.bits))};
 }
-inline Mask<32> join(Mask<16> low, Mask<16> high) {
-  return {static_cast<uint32_t>(_mm512_kunpackw(high.bits, low.bits))};
-}
+inline Mask<32> join(Mask<16> low, Mask<16> high) { return {_mm512_kunpackw(high.bits, low.bits)}; }
 
 /// The bits of the first `width` lanes.
 template <int width, int N>
 inline uint32_t lane_bits(Mask<N> mask) {
-  if constexpr (width == sizeof(mask.bits) * 8)
+  if constexpr (width == 8)
+    return static_cast<uint8_t>(mask.bits);
+  else if constexpr (width == 16)
+    return static_cast<uint16_t>(mask.bits);
+  else if constexpr (width == 32)
     return mask.bits;
   else
     return mask.bits & ((1u << width) - 1);
@@ -123,7 +112,7 @@ template <class V, class F, class... A>
   if constexpr (V::paired)
     return join(test<typename V::Part>(f, a.lo...), test<typename V::Part>(f, a.hi...));
   else
-    return {typename Mask<V::lanes>::Bits(f(a.reg...))};
+    return {f(a.reg...)};
 }
 }  // namespace detail
 
@@ -197,6 +186,12 @@ inline Vec<T, N> operator*(Vec<T, N> a, detail::same_as<Vec<T, N>> b) {
 template <class V>
 inline V add_in_order(V a, detail::same_as<V> b) {
   return detail::map<V>([](auto... r) { return V::Ops::add_in_order(r...); }, a, b);
+}
+/// a x b + c for operands of which several may be NaNs: the result is then the first of them,
+/// quieted.
+template <class V>
+inline V fma_in_order(V a, detail::same_as<V> b, detail::same_as<V> c) {
+  return detail::map<V>([](auto... r) { return V::Ops::fma_in_order(r...); }, a, b, c);
 }
 /// a + b in the lanes of the mask, a in the others.
 template <class V>
@@ -281,6 +276,16 @@ template <class T, int N>
 inline Vec<T, N> operator^(Vec<T, N> a, detail::same_as<Vec<T, N>> b) {
   return detail::map<Vec<T, N>>([](auto... r) { return Vec<T, N>::Ops::bit_xor(r...); }, a, b);
 }
+/// The bits of `set` where the mask has ones, those of `clear` where it has zeros.
+template <class T, int N>
+inline Vec<T, N> merge_bits(Vec<T, N> mask, detail::same_as<Vec<T, N>> set,
+                            detail::same_as<Vec<T, N>> clear) {
+  if constexpr (Vec<T, N>::paired)
+    return {merge_bits(mask.lo, set.lo, clear.lo), merge_bits(mask.hi, set.hi, clear.hi)};
+  else
+    return from_bits<T>(Vec<Encoding<T>, N>(Instructions<Encoding<T>, N>::merge_bits(
+        bits(mask).reg, bits(set).reg, bits(clear).reg)));
+}
 template <int n, class V>
 inline V shift_left(V v) {
   return detail::map<V>([](auto r) { return V::Ops::template shift_left<n>(r); }, v);
@@ -300,6 +305,17 @@ template <class V>
 inline V shift_left_by(V v, detail::same_as<V> n) {
   return detail::map<V>([](auto... r) { return V::Ops::shift_left_by(r...); }, v, n);
 }
+/// The upper word of each pair of words high:low, shifted left by n.
+template <int n, class V>
+inline V shift_left_joined(V high, V low) {
+  return detail::map<V>([](auto... r) { return V::Ops::template shift_left_joined<n>(r...); }, high,
+                        low);
+}
+/// |v| of integers, to be read as unsigned.
+template <class V>
+inline V absolute(V v) {
+  return detail::map<V>([](auto r) { return V::Ops::absolute(r); }, v);
+}
 
 // ---- Comparisons, classes, selection. ----------------------------------------------------------
 
@@ -308,6 +324,7 @@ template <int predicate, class V>
 inline Mask<V::lanes> compare(V a, detail::same_as<V> b) {
   return detail::test<V>([](auto... r) { return V::Ops::template compare<predicate>(r...); }, a, b);
 }
+inline constexpr int nans = 0x81, zeros = 0x06, infinities = 0x18;
 /// The lanes in one of the classes: bit 0 quiet NaN, 1 +0, 2 -0, 3 +infinity, 4 -infinity,
 /// 5 subnormal, 6 negative finite, 7 signalling NaN.
 template <int classes, class V>
@@ -332,6 +349,11 @@ inline Mask<V::lanes> equal(V a, detail::same_as<V> b) {
   return detail::test<V>([](auto... r) { return V::Ops::template compare<_MM_CMPINT_EQ>(r...); }, a,
                          b);
 }
+/// The lanes whose sign bit is set, of integers.
+template <class V>
+inline Mask<V::lanes> is_negative(V v) {
+  return detail::test<V>([](auto r) { return V::Ops::is_negative(r); }, v);
+}
 /// `set` in the lanes of the mask, `clear` in the others.
 template <class V>
 inline V select(Mask<V::lanes> mask, V set, detail::same_as<V> clear) {
@@ -352,6 +374,16 @@ inline V constant(uint64_t pattern) {
   } else {
     return V(V::Ops::from_bits(Vec<Encoding<typename V::Element>, V::lanes>::Ops::repeat(pattern)));
   }
+}
+
+template <class V>
+inline V sign_mask() {
+  return constant<V>(uint64_t{1} << (8 * sizeof(typename V::Element) - 1));
+}
+/// v without its sign.
+template <class V>
+inline V magnitude(V v) {
+  return v & constant<V>(~uint64_t{0} >> (65 - 8 * sizeof(typename V::Element)));
 }
 
 /// Entry index mod n of a table of n entries that fills one row or two.

@@ -69,7 +69,7 @@ def table(name, element, values, comment):
 
 def header(text, tables):
     return (
-        f"// {text}\n// Written by tools/make_tables.py.\n#pragma once\n\n"
+        f"// {text}\n// Written by tools/make_tables.py.\n// clang-format off\n#pragma once\n\n"
         '#include "frame/row.h"\n\nnamespace zorp {\n\n'
         + "\n".join(tables)
         + "\n}  // namespace zorp\n"
@@ -167,9 +167,55 @@ def hyperbolic_tables():
     return header("Tables of the hyperbolic functions.", tables)
 
 
+def log_tables():
+    def ln(c):
+        return Fraction(Decimal(c.numerator).ln() - Decimal(c.denominator).ln())
+
+    logs = {
+        "ln": ln,
+        "log2": lambda c: ln(c) / ln(Fraction(2)),
+        "log10": lambda c: ln(c) / ln(Fraction(10)),
+    }
+
+    def below_one(base, n):
+        """-log c for c = (n+j)/(2n); the first half as for 2 c."""
+        log = logs[base]
+        c = [Fraction(n + j, 2 * n) for j in range(n)]
+        return [-log(v if v >= Fraction(3, 4) else 2 * v) for v in c]
+
+    def above_one(base, n, first):
+        """log(first) - log c for c = 1 + j/n."""
+        log = logs[base]
+        return [log(Fraction(first)) - log(Fraction(n + j, n)) for j in range(n)]
+
+    def parts(name, element, values, bits, what):
+        """High part, a multiple of 2^-bits, and what it leaves."""
+        high = [Fraction(round(v * 2**bits), 2**bits) for v in values]
+        rest = [v - h for v, h in zip(values, high)]
+        n = len(values)
+        return [
+            table(f"{name}_high_{element}_{n}", element, high, f"{what}: in units of 2^-{bits}"),
+            table(f"{name}_low_{element}_{n}", element, rest, "What that leaves"),
+        ]
+
+    tables = []
+    for base, n in (("ln", 8), ("log2", 16), ("log10", 16)):
+        values = below_one(base, n)
+        what = f"-{base} c, c = ({n}+j)/{2 * n}, doubled below 3/4"
+        tables += parts(base, "double", values, 40, what)
+        tables.append(table(f"{base}_double_{n}", "double", values, f"{what}: rounded"))
+    tables += parts("ln_unit", "float", above_one("ln", 16, 1), 15, "-ln c, c = 1 + j/16")
+    tables += parts("ln", "float", above_one("ln", 16, 2), 15, "ln 2 - ln c, c = 1 + j/16")
+    for base in ("log2", "log10"):
+        what = f"{base} 2 - {base} c, c = 1 + j/32"
+        tables += parts(base, "float", above_one(base, 32, 2), 14, what)
+    return header("Tables of logarithms of short reciprocals.", tables)
+
+
 FILES = {
     "exp/exp_tables.h": exp_tables,
     "exp/hyperbolic_tables.h": hyperbolic_tables,
+    "log/log_tables.h": log_tables,
 }
 
 

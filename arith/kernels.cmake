@@ -1,0 +1,1 @@
+zorp_kernels(HEADER arith/fma.h GROUPS fma)

@@ -1,0 +1,62 @@
+// The widths of one algorithm give the same bits for the same operands in every lane position, and
+// so do the tiers that share an algorithm.
+#include <gtest/gtest.h>
+
+#include "tests/support/caller.h"
+
+namespace zorp::test {
+namespace {
+
+class Widths : public testing::TestWithParam<Variant> {
+ protected:
+  std::vector<Tuple> pool() const {
+    return operand_pool(GetParam().kernel(1).operands(), GetParam().trapped() ? 48 : 256);
+  }
+  const Library& library() const { return loaded(*GetParam().library); }
+};
+
+TEST_P(Widths, AgreeInEveryLane) {
+  const std::vector<Tuple> pool = this->pool();
+  Caller scalar(GetParam().kernel(1), library());
+  std::vector<Results> expected;
+  for (const Tuple& tuple : pool) expected.push_back(scalar({&tuple, 1}));
+
+  for (const Kernel& kernel : GetParam().kernels()) {
+    Caller caller(kernel, library());
+    std::vector<Tuple> lanes(kernel.width);
+    // Moving on by one operand brings each operand into each lane, beside changing neighbours.
+    for (std::size_t start = 0; start < pool.size(); ++start) {
+      for (int i = 0; i < kernel.width; ++i) lanes[i] = pool[(start + i) % pool.size()];
+      const Results& results = caller(lanes);
+      for (std::size_t output = 0; output < caller.outputs().size(); ++output)
+        for (int i = 0; i < kernel.width; ++i)
+          ASSERT_EQ(hex(caller.output(results, output, i)),
+                    hex(scalar.output(expected[(start + i) % pool.size()], output, 0)))
+              << kernel.name() << hex(lanes[i], caller.operands().size()) << " in lane " << i
+              << " against width 1, result " << output;
+    }
+  }
+}
+
+TEST_P(Widths, TiersOfOneAlgorithmAgree) {
+  if (!GetParam().kernel(1).is_alias()) return;
+  const std::vector<Tuple> pool = this->pool();
+  for (const Kernel& kernel : GetParam().kernels()) {
+    Kernel leader = kernel;
+    leader.tier = kernel.algorithm_tier();
+    Caller caller(kernel, library()), reference(leader, library());
+    std::vector<Tuple> lanes(kernel.width);
+    for (std::size_t start = 0; start < pool.size(); start += kernel.width) {
+      for (int i = 0; i < kernel.width; ++i) lanes[i] = pool[(start + i) % pool.size()];
+      const Results& expected = reference(lanes);
+      const Results& actual = caller(lanes);
+      ASSERT_TRUE(caller.agree(expected, actual)) << caller.difference(expected, actual, lanes);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(, Widths, testing::ValuesIn(variants()),
+                         [](const auto& info) { return info.param.name(); });
+
+}  // namespace
+}  // namespace zorp::test
