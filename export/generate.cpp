@@ -4,6 +4,9 @@
 //                                             type (double, float, half), in terms of HEADER
 //   generate version-script GROUP...          the linker's version script
 //   generate names GROUP...                   the exported names, one a line
+//   generate header ACCURACY GROUP...         the public header's declarations, ACCURACY being the
+//                                             table of measured errors
+//   generate header-checks ELEMENT GROUP...   the calls of the header's test
 //   generate summary GROUP...                 how many of all names the groups cover
 //   generate signatures                       a table of all kernels, tabs between columns
 #include <cstdio>
@@ -14,6 +17,7 @@
 #include <vector>
 
 #include "export/grammar.h"
+#include "export/header.h"
 
 namespace zorp::grammar {
 namespace {
@@ -231,12 +235,19 @@ int run(const std::vector<std::string>& arguments) {
     std::printf("  local: *;\n};\n");
   } else if (what == "names") {
     for (const Kernel& kernel : kernels_of(rest(1))) std::printf("%s\n", kernel.symbol().c_str());
+  } else if (what == "header" && arguments.size() > 1) {
+    print_header(arguments[1], rest(2));
+  } else if (what == "header-checks" && arguments.size() > 1) {
+    print_header_checks(arguments[1], rest(2));
   } else if (what == "summary") {
     std::printf("exports: %zu of %zu\n", kernels_of(rest(1)).size(), kernels().size());
   } else if (what == "signatures") {
     print_signatures();
   } else {
-    std::fprintf(stderr, "usage: generate kernels|version-script|names|summary|signatures ...\n");
+    std::fprintf(stderr,
+                 "usage: generate kernels|version-script|names|header|header-checks|summary|"
+                 "signatures ...
+");
     return 2;
   }
   return 0;

@@ -30,11 +30,11 @@ TEST_P(Exports, ExactlyTheKernels) {
 
 TEST_P(Exports, NeedsNothingAndIsNeverRelocated) {
   for (const Elf64_Dyn& entry : elf_.dynamic())
-    for (Elf64_Sxword tag : {DT_NEEDED, DT_RELA, DT_REL, DT_JMPREL, DT_TEXTREL, DT_INIT, DT_FINI,
-                             DT_INIT_ARRAY, DT_FINI_ARRAY, DT_RPATH, DT_RUNPATH})
+    for (Elf64_Sxword tag : {DT_NEEDED, DT_RELA, DT_REL, DT_RELR, DT_JMPREL, DT_TEXTREL, DT_INIT,
+                             DT_FINI, DT_INIT_ARRAY, DT_FINI_ARRAY, DT_RPATH, DT_RUNPATH})
       EXPECT_NE(entry.d_tag, tag);
   for (const Elf64_Shdr& section : elf_.sections())
-    if (section.sh_type == SHT_RELA || section.sh_type == SHT_REL) {
+    if (section.sh_type == SHT_RELA || section.sh_type == SHT_REL || section.sh_type == SHT_RELR) {
       EXPECT_EQ(section.sh_size, 0u) << elf_.name(section);
     }
 }

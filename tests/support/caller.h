@@ -41,10 +41,11 @@ class Caller {
 
   /// What the last call broke of the boundary contract, one line each; empty if nothing.
   std::string violations() const;
+  /// The exception flags of MXCSR that the last call raised.
+  std::uint32_t raised() const;
   /// What the last call left dirty in the upper halves of the vector registers.
   std::string dirty_upper() const;
 
-  const Kernel& kernel() const { return kernel_; }
   const std::vector<Lane>& operands() const { return operands_; }
   const std::vector<Lane>& outputs() const { return outputs_; }
   Bits output(const Results& results, std::size_t output, int lane) const;

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "tests/support/elf_file.h"
@@ -45,16 +46,14 @@ void on_trap(int, siginfo_t*, void* context) {
     Watch& watch = g.watches[i];
     if (watch.address != address) continue;
     if (g.entry_count < int(g.entries.size()))
-      g.entries[g.entry_count++] = {address, std::uintptr_t(registers[REG_RDI]),
-                                    std::uintptr_t(registers[REG_RSI])};
+      g.entries[g.entry_count++] = {address, std::uintptr_t(registers[REG_RDI])};
     *address = watch.original;
     g.stepping = &watch;
     registers[REG_RIP] -= 1;
     registers[REG_EFL] |= kTrapFlag;
     return;
   }
-  // Not ours: let it end the program.
-  std::signal(SIGTRAP, SIG_DFL);
+  std::abort();  // a breakpoint of the library's own
 }
 
 }  // namespace

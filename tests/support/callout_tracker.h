@@ -14,10 +14,10 @@ namespace zorp::test {
 /// first instruction stepped over; nothing else of the library's behaviour changes.
 class CalloutTracker {
  public:
-  /// One entry into a watched function, with its first two arguments.
+  /// One entry into a watched function, with its first argument.
   struct Entry {
     const unsigned char* function;
-    std::uintptr_t first_argument, second_argument;
+    std::uintptr_t first_argument;
   };
 
   explicit CalloutTracker(const std::string& library_path);
@@ -26,7 +26,6 @@ class CalloutTracker {
   CalloutTracker& operator=(const CalloutTracker&) = delete;
 
   const Library& library() const { return library_; }
-  bool has(const std::string& symbol) const { return functions_.count(symbol) != 0; }
   /// Watches these functions from now on, and no others.
   void watch(const std::vector<std::string>& symbols);
   void forget_entries();
