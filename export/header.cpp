@@ -31,9 +31,10 @@ std::string lane_name(Lane lane) {
   return names[int(lane)];
 }
 
-/// f64x16 and so on; unsigned lanes share the vectors of signed ones.
+/// f64x16 and so on.
 std::string shape(Lane lane, int width) { return lane_name(lane) + "x" + std::to_string(width); }
 
+/// The C type of a register pair; unsigned lanes share the pairs of signed ones.
 std::string pair_type(Lane lane, int width) {
   if (lane == Lane::u32) lane = Lane::i32;
   if (lane == Lane::u64) lane = Lane::i64;
@@ -70,12 +71,11 @@ class Function {
  public:
   explicit Function(const Kernel& kernel) : kernel_(kernel) {
     const std::vector<Lane> lanes = kernel.operands();
-    const bool integers = is_integer_family();
-    for (size_t i = 0; i < lanes.size(); ++i) {
-      const std::string name(1, char((integers ? 'a' : 'x') + i));
-      const bool second_is_n = kernel.family->form == Form::with_integer && i == 1;
-      operands_.push_back({lanes[i], second_is_n ? "n" : name});
-    }
+    const std::string names = is_integer_family()                         ? "ab"
+                              : kernel.family->form == Form::with_integer ? "xn"
+                              : kernel.family->name.starts_with("atan2")  ? "yx"
+                                                                          : "xyz";
+    for (size_t i = 0; i < lanes.size(); ++i) operands_.push_back({lanes[i], names.substr(i, 1)});
   }
 
   std::string name() const { return "zorp_z1_" + kernel_.name(); }
@@ -107,7 +107,7 @@ class Function {
     return text + ")";
   }
 
-  /// The platform's calling convention can't express the kernel.
+  /// Whether the platform's calling convention can't express the kernel.
   bool is_inline() const {
     if (kernel_.operands_on_stack()) return false;
     bool pairs = two_results();
@@ -263,11 +263,26 @@ Accuracy read_accuracy(const std::string& file) {
   return accuracy;
 }
 
+/// Prints a paragraph of a comment, in lines of up to 100 characters.
+void print_paragraph(const std::string& text) {
+  std::istringstream words(text);
+  std::string line = " *";
+  for (std::string word; words >> word;) {
+    if (line.size() + 1 + word.size() > 100) {
+      std::printf("%s\n", line.c_str());
+      line = " *  ";
+    }
+    line += " " + word;
+  }
+  std::printf("%s\n", line.c_str());
+}
+
 void print_comment(const Family& family, const Accuracy& accuracy) {
   const Description text = description(family);
-  std::printf("\n/**\n * %s: %s\n", family.name.c_str(), text.value.c_str());
-  if (!text.special.empty()) std::printf(" * Special operands: %s\n", text.special.c_str());
-  std::printf(" * Method: %s\n", text.method.c_str());
+  std::printf("\n/**\n");
+  print_paragraph(family.name + ": " + text.value);
+  if (!text.special.empty()) print_paragraph("Special operands: " + text.special);
+  print_paragraph("Method: " + text.method);
   for (Element element : family.elements)
     std::printf(" * %s: widths%s; tiers: %s\n", element_text(element).c_str(),
                 widths_text(family, element).c_str(), tiers_text(family, element).c_str());

@@ -72,10 +72,26 @@ struct Mask {
   static constexpr int lanes = N;
   uint32_t bits;
 
-  friend Mask operator&(Mask a, Mask b) { return {_kand_mask32(a.bits, b.bits)}; }
-  friend Mask operator|(Mask a, Mask b) { return {_kor_mask32(a.bits, b.bits)}; }
-  friend Mask operator^(Mask a, Mask b) { return {_kxor_mask32(a.bits, b.bits)}; }
-  friend Mask operator~(Mask a) { return {_knot_mask32(a.bits)}; }
+  friend Mask operator&(Mask a, Mask b) {
+    if constexpr (N <= 8) return {_kand_mask8(a.bits, b.bits)};
+    if constexpr (N == 16) return {_kand_mask16(a.bits, b.bits)};
+    return {_kand_mask32(a.bits, b.bits)};
+  }
+  friend Mask operator|(Mask a, Mask b) {
+    if constexpr (N <= 8) return {_kor_mask8(a.bits, b.bits)};
+    if constexpr (N == 16) return {_kor_mask16(a.bits, b.bits)};
+    return {_kor_mask32(a.bits, b.bits)};
+  }
+  friend Mask operator^(Mask a, Mask b) {
+    if constexpr (N <= 8) return {_kxor_mask8(a.bits, b.bits)};
+    if constexpr (N == 16) return {_kxor_mask16(a.bits, b.bits)};
+    return {_kxor_mask32(a.bits, b.bits)};
+  }
+  friend Mask operator~(Mask a) {
+    if constexpr (N <= 8) return {_knot_mask8(a.bits)};
+    if constexpr (N == 16) return {_knot_mask16(a.bits)};
+    return {_knot_mask32(a.bits)};
+  }
 
   Mask<N / 2> low() const { return {bits}; }
   Mask<N / 2> high() const {
@@ -288,8 +304,8 @@ inline Vec<T, N> merge_bits(Vec<T, N> mask, detail::same_as<Vec<T, N>> set,
   if constexpr (Vec<T, N>::paired)
     return {merge_bits(mask.lo, set.lo, clear.lo), merge_bits(mask.hi, set.hi, clear.hi)};
   else
-    return from_bits<T>(Vec<Encoding<T>, N>(Instructions<Encoding<T>, N>::merge_bits(
-        bits(mask).reg, bits(set).reg, bits(clear).reg)));
+    return from_bits<T>(Vec<Encoding<T>, N>(
+        Instructions<Encoding<T>, N>::merge_bits(bits(mask).reg, bits(set).reg, bits(clear).reg)));
 }
 template <int n, class V>
 inline V shift_left(V v) {

@@ -56,9 +56,8 @@ Library Library::copy_of(const std::string& path) {
   const int descriptor = memfd_create("copy", 0);
   if (write(descriptor, bytes.data(), bytes.size()) != ssize_t(bytes.size()))
     throw std::runtime_error("cannot copy " + path);
-  Library copy("/proc/self/fd/" + std::to_string(descriptor));
-  close(descriptor);
-  return copy;
+  // The descriptor stays open: dlopen would take the next copy under its name for this one.
+  return Library("/proc/self/fd/" + std::to_string(descriptor));
 }
 
 void Library::Close::operator()(void* handle) const { dlclose(handle); }

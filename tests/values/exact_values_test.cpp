@@ -9,7 +9,7 @@
 #include <cmath>
 #include <functional>
 
-#include "tests/support/caller.h"
+#include "tests/values/references.h"
 
 namespace zorp::test {
 namespace {
@@ -21,14 +21,6 @@ struct Mode {
 };
 constexpr Mode kModes[] = {
     {0x1f80, FE_TONEAREST}, {0x3f80, FE_DOWNWARD}, {0x5f80, FE_UPWARD}, {0x7f80, FE_TOWARDZERO}};
-
-std::vector<Variant> variants_of(const std::vector<std::string>& families) {
-  std::vector<Variant> list;
-  for (const Variant& variant : variants())
-    if (std::find(families.begin(), families.end(), variant.family->name) != families.end())
-      list.push_back(variant);
-  return list;
-}
 
 /// Runs the widest kernel on all operands, in each rounding mode of the caller.
 void expect_exactly(const Variant& variant, const std::vector<Tuple>& operands,

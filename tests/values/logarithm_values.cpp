@@ -48,12 +48,17 @@ ValueTable log_values() {
     table.add(element, tiers, one + 1, exactly(next_down(element, encode(element, unit))));
     table.add(element, tiers, one - 1, exactly(encode(element, -unit / 2)));
   }
-  // The reciprocal serves float up to 2^126, a normalised argument above and at 2^-128 and below:
-  // here each gives the nearest number.
+  // The reciprocal serves float up to about 2^126, a normalised argument above, and at 2^-128 and
+  // below: here each gives the nearest number.
   for_powers_of_two(Element::f32, [&](int n) {
     table.at(Element::f32, kFullFloatTiers, std::ldexp(1.0, n),
              exactly(encode(Element::f32, n * std::numbers::ln2)));
   });
+  // The two ways differ in few operands. Here the nearest number comes from the reciprocal, also
+  // where the lanes beside it need the other way.
+  const double ordinary = 0x1.41c354p-4;
+  table.at(Element::f32, kFullFloatTiers, ordinary,
+           exactly(encode(Element::f32, std::log(ordinary))));
   return table;
 }
 

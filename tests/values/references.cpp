@@ -61,7 +61,7 @@ std::vector<Tuple> telling_pairs(Lane first, Lane second) {
   return tuples;
 }
 
-std::vector<Variant> variants_of(std::span<const char* const> families) {
+std::vector<Variant> variants_of(const std::vector<std::string>& families) {
   std::vector<Variant> list;
   for (const Variant& variant : variants())
     if (std::find(families.begin(), families.end(), variant.family->name) != families.end())

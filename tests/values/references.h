@@ -3,6 +3,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <vector>
 
 #include "tests/support/caller.h"
@@ -22,6 +23,6 @@ std::vector<Tuple> telling_operands(Lane lane);
 std::vector<Tuple> telling_pairs(Lane first, Lane second);
 
 /// The variants of these families.
-std::vector<Variant> variants_of(std::span<const char* const> families);
+std::vector<Variant> variants_of(const std::vector<std::string>& families);
 
 }  // namespace zorp::test
