@@ -1,6 +1,6 @@
 // Checks the conversions of 32-bit lanes on all 2^32 operands against integer arithmetic.
 //
-//   exhaustive_conversions LIBRARY [NAME...]
+//   check_conversions LIBRARY [NAME...]
 //
 // Without names (cvti32tofprte, cvtfptou64rtzsat ...), all families of the grammar that have such
 // operands are checked. Takes minutes for each.
@@ -59,7 +59,7 @@ std::uint64_t check(const grammar::Kernel& kernel, const void* entry) {
 int run(int argc, char** argv) {
   void* library = argc > 1 ? dlopen(argv[1], RTLD_NOW) : nullptr;
   if (!library) {
-    std::fprintf(stderr, "usage: exhaustive_conversions LIBRARY [NAME...]\n");
+    std::fprintf(stderr, "usage: check_conversions LIBRARY [NAME...]\n");
     return 2;
   }
   const std::vector<std::string> names(argv + 2, argv + argc);
