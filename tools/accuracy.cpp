@@ -26,6 +26,9 @@ measured on all its operands; double and float on neighbourhoods of special valu
 random operands, so that a larger error may exist between them. An infinity where the exact result
 is a number counts as the power of two above the largest number. Written by `tools/accuracy`.
 
+Families with one right result (`fma`, rounding to integers, taking numbers apart, selection, integer
+division, conversions) have no rows: they give that result, and the tests compare it bit for bit.
+
 | Family | Type | Tiers | Largest error | At | Operands | Wrong NaNs or infinities |
 |---|---|---|---|---|---|---|
 )";
