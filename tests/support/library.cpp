@@ -16,9 +16,6 @@
 namespace zorp::test {
 namespace {
 
-/// Half instructions that this processor lacks are emulated.
-constexpr bool kEmulatesHalf = ZORP_EMULATES_HALF;
-
 std::vector<LibraryFile> read_library_files() {
   std::vector<LibraryFile> files;
   std::ifstream list(ZORP_LIBRARIES_FILE);
@@ -56,9 +53,9 @@ Library Library::copy_of(const std::string& path) {
   const int descriptor = memfd_create("copy", 0);
   if (write(descriptor, bytes.data(), bytes.size()) != ssize_t(bytes.size()))
     throw std::runtime_error("cannot copy " + path);
-  Library copy("/proc/self/fd/" + std::to_string(descriptor));
-  close(descriptor);
-  return copy;
+  // The loader knows libraries by their path: the descriptor stays open, so that no later copy gets
+  // the same path and thereby this library.
+  return Library("/proc/self/fd/" + std::to_string(descriptor));
 }
 
 void Library::Close::operator()(void* handle) const { dlclose(handle); }
@@ -117,7 +114,7 @@ std::vector<Variant> variants() {
   for (const LibraryFile& file : library_files())
     for (const Kernel& kernel : file.kernels()) {
       const Variant variant{&file, kernel.family, kernel.element, kernel.tier};
-      if (kernel.width == 1 && (kEmulatesHalf || !variant.trapped())) list.push_back(variant);
+      if (kernel.width == 1) list.push_back(variant);
     }
   return list;
 }
