@@ -7,6 +7,12 @@
 namespace zorp {
 
 struct Fma {
+  /// Half results of up to four lanes have zeros behind them: 0 x 0 + 0.
+  template <class T>
+  static constexpr uint64_t filler() {
+    return same<T, half> ? 0 : default_filler<T>();
+  }
+
   /// One fused operation in all lanes, which serves every operand. Of several NaNs the first
   /// operand survives at every width.
   template <Tier, class V>

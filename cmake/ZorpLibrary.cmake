@@ -50,9 +50,10 @@ endfunction()
 # A file that holds what zorp_generate prints. It is left alone while its text stays the same, so
 # that a change of the grammar recompiles only the kernels that it touches.
 function(zorp_generated file)
+  cmake_path(GET file PARENT_PATH directory)
   add_custom_command(
     OUTPUT ${file}
-    COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/kernels
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${directory}
     COMMAND zorp_generate ${ARGN} > ${file}
     DEPENDS zorp_generate
     COMMENT "Generating ${file}"
@@ -64,7 +65,7 @@ function(zorp_objects name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_compile_options(${name} PRIVATE ${ZORP_KERNEL_OPTIONS})
   # Parsing the intrinsics takes half the time of a small family.
-  target_precompile_headers(${name} PRIVATE frame/kernel.h)
+  target_precompile_headers(${name} PRIVATE ${PROJECT_SOURCE_DIR}/frame/kernel.h)
 endfunction()
 
 function(zorp_shared name flavour directory)
@@ -76,8 +77,8 @@ function(zorp_shared name flavour directory)
     -nostdlib -Wl,-z,defs -Wl,-z,ibt,-z,shstk -Wl,-z,noexecstack -Wl,--build-id
     -Wl,-soname,libzorp_z1.so -Wl,--version-script,${PROJECT_BINARY_DIR}/zorp_z1.map)
   target_include_directories(${name} INTERFACE
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:include>)
-  add_dependencies(${name} zorp_map)
+    "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include;${PROJECT_BINARY_DIR}/include>")
+  add_dependencies(${name} zorp_map zorp_header)
 endfunction()
 
 # Whether this host's processor has half arithmetic.
@@ -91,6 +92,17 @@ function(zorp_host_flavour result)
   else()
     set(${result} emulated PARENT_SCOPE)
   endif()
+endfunction()
+
+# The declarations of the public header, with the measured errors where there are some.
+function(zorp_header groups)
+  set(accuracy ${PROJECT_SOURCE_DIR}/docs/accuracy.md)
+  set(header ${PROJECT_BINARY_DIR}/include/zorp_z1_kernels.h)
+  zorp_generated(${header} header ${accuracy} ${groups})
+  if(EXISTS ${accuracy})
+    add_custom_command(OUTPUT ${header} DEPENDS ${accuracy} APPEND)
+  endif()
+  add_custom_target(zorp_header DEPENDS ${header})
 endfunction()
 
 function(zorp_add_libraries)
@@ -109,6 +121,7 @@ function(zorp_add_libraries)
 
   zorp_generated(${PROJECT_BINARY_DIR}/zorp_z1.map version-script ${groups})
   add_custom_target(zorp_map DEPENDS ${PROJECT_BINARY_DIR}/zorp_z1.map)
+  zorp_header("${groups}")
 
   zorp_objects(zorp_common ${common})
   zorp_objects(zorp_half_emulated EXCLUDE_FROM_ALL ${half})

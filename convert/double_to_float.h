@@ -36,19 +36,19 @@ struct DoubleToFloat {
       const auto encoding = bits(nearest);
       const auto back = to_double(nearest);
       if constexpr (rounding == rz) {
-        const auto too_large =
-            compare<_CMP_LT_OQ>(x & k.double_magnitude_mask, back & k.double_magnitude_mask);
+        const auto too_large = compare_silently<_CMP_LT_OQ>(x & k.double_magnitude_mask,
+                                                            back & k.double_magnitude_mask);
         const auto magnitude = encoding & k.float_magnitude_mask;
-        const auto stepped = select(too_large, magnitude - k.plus_one, magnitude);
+        const auto stepped = select(for_words(too_large), magnitude - k.plus_one, magnitude);
         return from_bits<float>(stepped | (encoding & k.sign_mask));
       } else {
-        const auto wrong =
-            rounding == rd ? compare<_CMP_LT_OQ>(x, back) : compare<_CMP_LT_OQ>(back, x);
+        const auto wrong = rounding == rd ? compare_silently<_CMP_LT_OQ>(x, back)
+                                          : compare_silently<_CMP_LT_OQ>(back, x);
         const auto negative = greater(Vec<int32_t, N>(k.zero), encoding & k.sign_test_mask);
         const auto outward = encoding + k.plus_one, inward = encoding - k.plus_one;
         const auto stepped =
             rounding == rd ? select(negative, outward, inward) : select(negative, inward, outward);
-        return from_bits<float>(select(wrong, stepped, encoding));
+        return from_bits<float>(select(for_words(wrong), stepped, encoding));
       }
     }
   }

@@ -137,7 +137,7 @@ struct FloatToInteger {
       const Vec<int32_t, N> positive_clamp = k.positive_clamp;
       const auto clamp =
           select(is_negative(upper), Vec<int32_t, N>(k.negative_clamp), positive_clamp);
-      return zero_unless(is_number(r), select(beyond, clamp, converted));
+      return zero_unless(for_words(is_number(r)), select(beyond, clamp, converted));
     }
   }
 
@@ -159,10 +159,10 @@ struct FloatToInteger {
     const auto converted = to_int32(saturates ? r : magnitude(r));
     const auto significand = leading_fraction(r) | constant<Words>(0x80000000);
     const auto has_top_bit = equal(bits(r) & k.exponent_mask, k.top_bit_exponent);
-    auto value = select(has_top_bit, significand, converted);
+    auto value = select(for_words(has_top_bit), significand, converted);
     if constexpr (saturates) {
       value = select(not_less(upper_words(r), k.range_limit), Words(k.clamp), value);
-      value = zero_unless(is_positive_or_zero(r), value);
+      value = zero_unless(for_words(is_positive_or_zero(r)), value);
     }
     return reinterpret<uint32_t>(value);
   }

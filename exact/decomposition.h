@@ -66,8 +66,7 @@ struct Logb {
 
 // ---- ldexp -------------------------------------------------------------------------------------
 
-/// An n too large to be exact in float, or in the end for the type of x, saturates the result by
-/// far.
+/// A large n is rounded on its way to float, where it saturates the result anyway.
 struct Ldexp {
   template <class T>
   static constexpr uint64_t filler() {

@@ -4,7 +4,11 @@
 //                                             type (double, float, half), in terms of HEADER
 //   generate version-script GROUP...          the linker's version script
 //   generate names GROUP...                   the exported names, one a line
+//   generate header ACCURACY GROUP...         the public header's declarations, ACCURACY being the
+//                                             table of measured errors
+//   generate header-checks ELEMENT GROUP...   the calls of the header's test
 //   generate summary GROUP...                 how many of all names the groups cover
+//   generate signatures                       a table of all kernels, tabs between columns
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -13,6 +17,7 @@
 #include <vector>
 
 #include "export/grammar.h"
+#include "export/header.h"
 
 namespace zorp::grammar {
 namespace {
@@ -200,6 +205,22 @@ void print_kernels(const std::string& element_name, const std::string& header,
   std::printf("\n}  // extern \"C\"\n");
 }
 
+/// Lanes are joined by commas; columns with nothing in them hold a dash.
+void print_signatures() {
+  constexpr const char* elements[] = {"double", "float", "half"};
+  constexpr const char* tiers[] = {"standard", "native", "half", "rm"};
+  constexpr const char* classes[] = {"V", "S", "C", "SC", "A"};
+  std::printf("symbol\tfamily\telement\twidth\ttier\truns\tclass\toperands\tresults\tpointer\n");
+  for (const Kernel& kernel : kernels())
+    std::printf("%s\t%s\t%s\t%d\t%s\t%s\t%s\t%s\t%s\t%s\n", kernel.symbol().c_str(),
+                kernel.family->name.c_str(), elements[int(kernel.element)], kernel.width,
+                tiers[int(kernel.tier)], tiers[int(kernel.algorithm_tier())],
+                classes[int(kernel.special_lanes())],
+                joined(kernel.operands(), ",", lane_type).c_str(),
+                joined(kernel.results(), ",", lane_type).c_str(),
+                kernel.pointer() ? lane_type(*kernel.pointer()).c_str() : "-");
+}
+
 int run(const std::vector<std::string>& arguments) {
   const auto rest = [&](size_t from) {
     return std::vector<std::string>(arguments.begin() + long(from), arguments.end());
@@ -214,10 +235,19 @@ int run(const std::vector<std::string>& arguments) {
     std::printf("  local: *;\n};\n");
   } else if (what == "names") {
     for (const Kernel& kernel : kernels_of(rest(1))) std::printf("%s\n", kernel.symbol().c_str());
+  } else if (what == "header" && arguments.size() > 1) {
+    print_header(arguments[1], rest(2));
+  } else if (what == "header-checks" && arguments.size() > 1) {
+    print_header_checks(arguments[1], rest(2));
   } else if (what == "summary") {
     std::printf("exports: %zu of %zu\n", kernels_of(rest(1)).size(), kernels().size());
+  } else if (what == "signatures") {
+    print_signatures();
   } else {
-    std::fprintf(stderr, "usage: generate kernels|version-script|names|summary ...\n");
+    std::fprintf(stderr,
+                 "usage: generate kernels|version-script|names|header|header-checks|summary|"
+                 "signatures ...
+");
     return 2;
   }
   return 0;

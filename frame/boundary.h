@@ -211,6 +211,11 @@ template <class R>
   asm volatile("" : "+v"(r0) : "v"(second), "v"(third), "v"(fourth));
   return r0;
 }
+/// For a kernel that has nothing left to do but to return r.
+template <class R>
+[[gnu::always_inline]] inline void clean_upper_halves(R& r) {
+  asm volatile("vzeroupper" : "+v"(r));
+}
 }  // namespace detail
 
 /// Returns one result from a kernel.

@@ -157,6 +157,13 @@ inline Vec<int32_t, N> high_words(Vec<int64_t, N> v) {
   else
     return detail::words<1>(v);
 }
+/// A mask from 64-bit lanes, to be used on 32-bit lanes. The processor has cleared the bits beyond
+/// the lanes already; the compiler would do so again, by way of a general register.
+template <int N>
+inline Mask<N> for_words(Mask<N> mask) {
+  if constexpr (N <= 8) asm("" : "=k"(mask.bits) : "0"(static_cast<uint8_t>(mask.bits)));
+  return mask;
+}
 /// The same bits as signed or unsigned lanes.
 template <class To, class From, int N>
 inline Vec<To, N> reinterpret(Vec<From, N> v) {

@@ -71,6 +71,10 @@ struct Instructions<double, N> {
   static __mmask8 compare(Register a, Register b) {
     return _mm512_cmp_pd_mask(a, b, predicate);
   }
+  template <int predicate>
+  static __mmask8 compare_silently(Register a, Register b) {
+    return _mm512_cmp_round_pd_mask(a, b, predicate, sae);
+  }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm512_mask_mov_pd(clear, mask, set);
   }
@@ -159,6 +163,10 @@ struct Instructions<double, 1> {
   template <int predicate>
   static __mmask8 compare(Register a, Register b) {
     return _mm_cmp_sd_mask(a, b, predicate);
+  }
+  template <int predicate>
+  static __mmask8 compare_silently(Register a, Register b) {
+    return _mm_cmp_round_sd_mask(a, b, predicate, sae);
   }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_move_sd(clear, mask, clear, set);

@@ -97,12 +97,16 @@ template <auto wrapper, class... Images>
 
 /// The two ways in which a kernel hands over its results. What a callout needs afterwards is kept
 /// in a value of its own, so that the path without a callout needs no preserved register.
-template <int width>
+template <int width, class... Operands>
 struct InRegisters {
   InRegisters across_call() const { return *this; }
   template <class... V>
   [[gnu::always_inline]] auto operator()(const V&... results) const {
-    return deliver<width>(results...);
+    auto delivered = deliver<width>(results...);
+    // g++ leaves upper halves to the caller where operands came in them.
+    if constexpr (sizeof(delivered) <= 16 && ((sizeof(Operands) > 16) || ...))
+      clean_upper_halves(delivered);
+    return delivered;
   }
 };
 template <int width, class P>
@@ -177,7 +181,8 @@ template <class Family, Tier tier, int width, auto wrapper = nullptr, class... T
 [[gnu::always_inline]] inline auto kernel(Operand<T, width>... operands) {
   constexpr int N = lanes_held<width, T...>;
   return detail::evaluate<Family, tier, width, wrapper>(
-      detail::InRegisters<width>{}, receive<N>(operands, detail::filler<Family, T>())...);
+      detail::InRegisters<width, Operand<T, width>...>{},
+      receive<N>(operands, detail::filler<Family, T>())...);
 }
 
 /// A kernel that writes its second result through a pointer, once, on every path.

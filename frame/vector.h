@@ -72,13 +72,34 @@ struct Mask {
   static constexpr int lanes = N;
   uint32_t bits;
 
-  friend Mask operator&(Mask a, Mask b) { return {_kand_mask32(a.bits, b.bits)}; }
-  friend Mask operator|(Mask a, Mask b) { return {_kor_mask32(a.bits, b.bits)}; }
-  friend Mask operator^(Mask a, Mask b) { return {_kxor_mask32(a.bits, b.bits)}; }
-  friend Mask operator~(Mask a) { return {_knot_mask32(a.bits)}; }
+  friend Mask operator&(Mask a, Mask b) {
+    if constexpr (N <= 8) return {_kand_mask8(a.bits, b.bits)};
+    if constexpr (N == 16) return {_kand_mask16(a.bits, b.bits)};
+    return {_kand_mask32(a.bits, b.bits)};
+  }
+  friend Mask operator|(Mask a, Mask b) {
+    if constexpr (N <= 8) return {_kor_mask8(a.bits, b.bits)};
+    if constexpr (N == 16) return {_kor_mask16(a.bits, b.bits)};
+    return {_kor_mask32(a.bits, b.bits)};
+  }
+  friend Mask operator^(Mask a, Mask b) {
+    if constexpr (N <= 8) return {_kxor_mask8(a.bits, b.bits)};
+    if constexpr (N == 16) return {_kxor_mask16(a.bits, b.bits)};
+    return {_kxor_mask32(a.bits, b.bits)};
+  }
+  friend Mask operator~(Mask a) {
+    if constexpr (N <= 8) return {_knot_mask8(a.bits)};
+    if constexpr (N == 16) return {_knot_mask16(a.bits)};
+    return {_knot_mask32(a.bits)};
+  }
 
   Mask<N / 2> low() const { return {bits}; }
-  Mask<N / 2> high() const { return {bits >> (N / 2)}; }
+  Mask<N / 2> high() const {
+    if constexpr (N <= 16)
+      return {_kshiftri_mask16(bits, N / 2)};
+    else
+      return {_kshiftri_mask32(bits, N / 2)};
+  }
 };
 
 /// The mask of a pair: the low half's lanes first.
@@ -283,8 +304,8 @@ inline Vec<T, N> merge_bits(Vec<T, N> mask, detail::same_as<Vec<T, N>> set,
   if constexpr (Vec<T, N>::paired)
     return {merge_bits(mask.lo, set.lo, clear.lo), merge_bits(mask.hi, set.hi, clear.hi)};
   else
-    return from_bits<T>(Vec<Encoding<T>, N>(Instructions<Encoding<T>, N>::merge_bits(
-        bits(mask).reg, bits(set).reg, bits(clear).reg)));
+    return from_bits<T>(Vec<Encoding<T>, N>(
+        Instructions<Encoding<T>, N>::merge_bits(bits(mask).reg, bits(set).reg, bits(clear).reg)));
 }
 template <int n, class V>
 inline V shift_left(V v) {
@@ -325,6 +346,13 @@ inline Mask<V::lanes> compare(V a, detail::same_as<V> b) {
   return detail::test<V>([](auto... r) { return V::Ops::template compare<predicate>(r...); }, a, b);
 }
 inline constexpr int nans = 0x81, zeros = 0x06, infinities = 0x18;
+/// The same of doubles, and no exception flag is raised by signalling NaNs and subnormals.
+template <int predicate, int N>
+inline Mask<N> compare_silently(Vec<double, N> a, Vec<double, N> b) {
+  return detail::test<Vec<double, N>>(
+      [](auto... r) { return Vec<double, N>::Ops::template compare_silently<predicate>(r...); }, a,
+      b);
+}
 /// The lanes in one of the classes: bit 0 quiet NaN, 1 +0, 2 -0, 3 +infinity, 4 -infinity,
 /// 5 subnormal, 6 negative finite, 7 signalling NaN.
 template <int classes, class V>

@@ -19,20 +19,19 @@ extern const Row<double> __vdtwo, __vdalpha;
 
 // ---- Steps that the algorithms share -----------------------------------------------------------
 
-template <int N>
-inline Vec<int32_t, N> truncate_like(Vec<int32_t, N>, Vec<double, N> v) {
-  return truncate_to_int32(v);
-}
-template <int N>
-inline Vec<uint32_t, N> truncate_like(Vec<uint32_t, N>, Vec<double, N> v) {
-  return truncate_to_uint32(v);
+template <class T, int N>
+inline Vec<T, N> truncate_to(Vec<double, N> v) {
+  if constexpr (same<T, int32_t>)
+    return truncate_to_int32(v);
+  else
+    return truncate_to_uint32(v);
 }
 
 /// a / b, truncated.
 ///
-/// Any estimate of 1/b within 2^-14 will do: one Newton step takes its error to e = 2^-28, and the
-/// last factor, 1 - e + 2^-42, takes e itself away and leaves the quotient too large in magnitude
-/// by a factor between 1 + 2^-43 and 1 + 2^-41.
+/// Any estimate of 1/b within 2^-14 will do: one Newton step takes its relative error to some e
+/// within about 2^-28. The last factor, 1 - e + 2^-42, takes e itself away and leaves the quotient
+/// too large in magnitude, by a factor between 1 + 2^-43 and 1 + 2^-41.
 /// - A multiple of b, a = k b, lands just beyond k and truncates to k.
 /// - Else a = k b + r is at least 1/|b| short of k + 1, and the excess stays below 1/|b|, since
 ///   (k + 1) |b| <= |a| + |b| < 2^33.
@@ -42,37 +41,37 @@ inline Vec<T, N> quotient(Vec<T, N> a, Vec<T, N> b) {
   const auto x = to_double(a), y = to_double(b);
   auto r = reciprocal14(y);
   r = r * fnma(r, y, __vdtwo);
-  return truncate_like(a, x * r * fnma(r, y, __vdalpha));
+  return truncate_to<T>(x * r * fnma(r, y, __vdalpha));
 }
 
 // ---- Quotient, remainder, both -----------------------------------------------------------------
 
-struct Quotient {
+struct IntegerQuotient {
   template <Tier, class V>
   static V apply(V a, V b) {
     return quotient(a, b);
   }
 };
-using Idiv = Quotient;
-using Udiv = Quotient;
+using Idiv = IntegerQuotient;
+using Udiv = IntegerQuotient;
 
-struct Remainder32 {
+struct IntegerRemainder {
   template <Tier, class V>
   static V apply(V a, V b) {
     return a - quotient(a, b) * b;
   }
 };
-using Irem = Remainder32;
-using Urem = Remainder32;
+using Irem = IntegerRemainder;
+using Urem = IntegerRemainder;
 
-struct QuotientRemainder {
+struct IntegerDivision {
   template <Tier, class V>
   static Results<V, V> apply(V a, V b) {
     const V q = quotient(a, b);
     return {q, a - q * b};
   }
 };
-using Idivrem = QuotientRemainder;
-using Udivrem = QuotientRemainder;
+using Idivrem = IntegerDivision;
+using Udivrem = IntegerDivision;
 
 }  // namespace zorp

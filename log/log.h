@@ -260,10 +260,10 @@ struct Log2 {
       const auto h = a.e + lookup(k.th, a.index);  // exact
       const auto s = fma(a.r, k.c1, h);
       auto w = minus_held_part(x, h, s);
-      const auto g0 = fma(a.r, k.c10, k.c9);
+      const auto p = fma(a.r, k.c10, k.c9);
       const auto q = a.r * a.r;
       auto b = fma(a.r, k.c8, k.c7);
-      b = fma(q, g0, b);
+      b = fma(q, p, b);
       const auto q2 = q * q;
       const auto u = fma(a.r, k.c6, k.c5);
       auto d = fma(a.r, k.c4, k.c3);
@@ -318,10 +318,10 @@ struct Log10 {
       const auto h = fma(a.e, k.lg2hi, lookup(k.th, a.index));  // exact
       const auto s = fma(a.r, k.c1, h);
       auto w = minus_held_part(x, h, s);
-      const auto g0 = fma(a.r, k.c9, k.c8);
+      const auto p = fma(a.r, k.c9, k.c8);
       const auto q = a.r * a.r;
       auto b = fma(a.r, k.c7, k.c6);
-      b = fma(q, g0, b);
+      b = fma(q, p, b);
       const auto q2 = q * q;
       const auto u = fma(a.r, k.c5, k.c4);
       auto d = fma(a.r, k.c3, k.c2);

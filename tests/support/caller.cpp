@@ -144,6 +144,10 @@ std::string Caller::violations() const {
   return text;
 }
 
+std::uint32_t Caller::raised() const {
+  return frame_.mxcsr_out & ~frame_.mxcsr_in & kMxcsrStatus;
+}
+
 std::string Caller::dirty_upper() const {
   std::string text;
   for (int i = 0; i < kFirstPreservedVector; ++i)

@@ -41,6 +41,8 @@ class Caller {
 
   /// What the last call broke of the boundary contract, one line each; empty if nothing.
   std::string violations() const;
+  /// The exception flags of MXCSR that the last call raised.
+  std::uint32_t raised() const;
   /// What the last call left dirty in the upper halves of the vector registers.
   std::string dirty_upper() const;
 

@@ -53,8 +53,7 @@ Library Library::copy_of(const std::string& path) {
   const int descriptor = memfd_create("copy", 0);
   if (write(descriptor, bytes.data(), bytes.size()) != ssize_t(bytes.size()))
     throw std::runtime_error("cannot copy " + path);
-  // The loader knows libraries by their path: the descriptor stays open, so that no later copy gets
-  // the same path and thereby this library.
+  // The descriptor stays open: dlopen would take the next copy under its name for this one.
   return Library("/proc/self/fd/" + std::to_string(descriptor));
 }
 

@@ -37,13 +37,26 @@ void ValueTable::everywhere(double operand, double result) {
     at(element, kAllTiers, operand, exactly(encode(element, result)));
 }
 
+namespace {
+/// Quiet and signalling NaNs of both signs.
+std::vector<Bits> nans(const Format& f) {
+  std::vector<Bits> list;
+  for (Bits nan :
+       {f.quiet_nan(), f.quiet_nan() | 5, f.signalling_nan(), f.quiet_nan() - 1, f.sign() - 1})
+    for (Bits sign : {Bits{0}, f.sign()}) list.push_back(sign | nan);
+  return list;
+}
+}  // namespace
+
 void ValueTable::nans_stay_nans() {
-  for (Element element : kElements) {
-    const Format& f = format(element);
-    for (Bits nan :
-         {f.quiet_nan(), f.quiet_nan() | 5, f.signalling_nan(), f.quiet_nan() - 1, f.sign() - 1})
-      for (Bits sign : {Bits{0}, f.sign()}) add(element, kAllTiers, sign | nan, kQuietNan);
-  }
+  for (Element element : kElements)
+    for (Bits nan : nans(format(element))) add(element, kAllTiers, nan, kQuietNan);
+}
+
+void ValueTable::nans_are_kept() {
+  for (Element element : kElements)
+    for (Bits nan : nans(format(element)))
+      add(element, kAllTiers, nan, exactly(nan | format(element).quiet_nan()));
 }
 
 }  // namespace zorp::test

@@ -54,10 +54,16 @@ struct ValueTable {
   void everywhere(double operand, double result);
   /// NaNs of both signs, quiet and signalling, give a quiet NaN.
   void nans_stay_nans();
+  /// They give that NaN, quieted, with its payload and sign.
+  void nans_are_kept();
 };
 
 // One function a file; values_test.cpp lists them.
+std::vector<ValueTable> conversion_values();
 std::vector<ValueTable> exponential_values();
 std::vector<ValueTable> hyperbolic_values();
+std::vector<ValueTable> logarithm_values();
+std::vector<ValueTable> integer_division_values();
+std::vector<ValueTable> rounding_values();
 
 }  // namespace zorp::test

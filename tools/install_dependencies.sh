@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Installs what the build needs on Debian 12, as root or through sudo.
+#
+#   tools/install_dependencies.sh          library and examples
+#   tools/install_dependencies.sh --tests  tests and benchmark, too
+set -euo pipefail
+
+packages=(g++ cmake ninja-build)
+case "${1:-}" in
+  "") ;;
+  --tests)
+    packages+=(binutils ccache clang gcc libbenchmark-dev libgmp-dev libgtest-dev libmpfr-dev
+               libsleef-dev pkg-config python3)
+    ;;
+  *)
+    echo "usage: $0 [--tests]" >&2
+    exit 2
+    ;;
+esac
+
+as_root=()
+if [[ $(id -u) -ne 0 ]]; then
+  as_root=(sudo)
+fi
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -q
+"${as_root[@]}" apt-get install -y -q --no-install-recommends "${packages[@]}"
