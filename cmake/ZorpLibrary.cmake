@@ -65,7 +65,7 @@ function(zorp_objects name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_compile_options(${name} PRIVATE ${ZORP_KERNEL_OPTIONS})
   # Parsing the intrinsics takes half the time of a small family.
-  target_precompile_headers(${name} PRIVATE frame/kernel.h)
+  target_precompile_headers(${name} PRIVATE ${PROJECT_SOURCE_DIR}/frame/kernel.h)
 endfunction()
 
 function(zorp_shared name flavour directory)

@@ -16,9 +16,6 @@
 namespace zorp::test {
 namespace {
 
-/// Half instructions that this processor lacks are emulated.
-constexpr bool kEmulatesHalf = ZORP_EMULATES_HALF;
-
 std::vector<LibraryFile> read_library_files() {
   std::vector<LibraryFile> files;
   std::ifstream list(ZORP_LIBRARIES_FILE);
@@ -116,7 +113,7 @@ std::vector<Variant> variants() {
   for (const LibraryFile& file : library_files())
     for (const Kernel& kernel : file.kernels()) {
       const Variant variant{&file, kernel.family, kernel.element, kernel.tier};
-      if (kernel.width == 1 && (kEmulatesHalf || !variant.trapped())) list.push_back(variant);
+      if (kernel.width == 1) list.push_back(variant);
     }
   return list;
 }

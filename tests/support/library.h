@@ -71,7 +71,7 @@ std::string_view name(Tier tier);
 void PrintTo(const LibraryFile& file, std::ostream* out);
 void PrintTo(const Variant& variant, std::ostream* out);
 
-/// All that can run here, of every library, for parameterised tests.
+/// Of every library, for parameterised tests.
 std::vector<Variant> variants();
 
 }  // namespace zorp::test
