@@ -70,6 +70,7 @@ inline void store(void* to, Register<T, width> r) {
 
 template <int width, class First, class Second>
 struct InRegister {
+  static constexpr int second_bytes = sizeof(Second);
   template <class... R>
   static Register<First, width> call(Function function, std::byte*, R... operands) {
     return reinterpret_cast<Register<First, width> (*)(R...)>(function)(operands...);
@@ -78,6 +79,7 @@ struct InRegister {
 
 template <int width, class First, class Second>
 struct ThroughPointer {
+  static constexpr int second_bytes = sizeof(Second);
   template <class... R>
   static Register<First, width> call(Function function, std::byte* second, R... operands) {
     using Called = Register<First, width> (*)(Second*, R...);
@@ -88,6 +90,7 @@ struct ThroughPointer {
 /// C knows no second result in a register. Operands and results are of one type.
 template <int width, class First, class Second>
 struct InTwoRegisters {
+  static constexpr int second_bytes = sizeof(Second);
   template <class R>
   static R call(Function function, std::byte* second, R x, R y = R{}) {
     register R first asm("xmm0") = x;
@@ -105,9 +108,7 @@ struct InTwoRegisters {
 
 template <int width, class First, class Second>
 struct InMemory {
-  struct Pair {
-    Register<First, width> first, second;
-  };
+  static constexpr int second_bytes = sizeof(First) + sizeof(Second);
   template <class... R>
   static void call(Function function, std::byte* second, R... operands) {
     reinterpret_cast<void (*)(std::byte*, R...)>(function)(second, operands...);
@@ -121,36 +122,22 @@ inline Register<T, width> load_at(const std::byte* array, int i) {
   return load<T, width>(array + sizeof(T) * i);
 }
 
-/// Addresses stay in registers across the calls: nothing is added that a caller's loop hasn't got.
-struct Arrays {
-  const std::byte* operand[3];
-  std::byte *result, *second;
-
-  explicit Arrays(Buffers& b)
-      : operand{b.operand[0].data(), b.operand[1].data(), b.operand[2].data()},
-        result(b.result.data()),
-        second(b.second.data()) {}
-};
-
 template <class Call, int width, class First, class... Operands, size_t... I>
-void throughput(Function function, Buffers& buffers, std::index_sequence<I...>) {
-  const Arrays array(buffers);
+void throughput(Function function, Buffers& b, std::index_sequence<I...>) {
   for (int i = 0; i < kOperands; i += width) {
     const auto call = [&] {
-      // Sixteen bytes for each lane of the second result hold two results of any type, too.
-      return Call::call(function, array.second + 16 * i,
-                        load_at<Operands, width>(array.operand[I], i)...);
+      return Call::call(function, b.second + Call::second_bytes * i,
+                        load_at<Operands, width>(b.operand[I], i)...);
     };
     if constexpr (std::is_void_v<decltype(call())>)
       call();
     else
-      store<First, width>(array.result + sizeof(First) * i, call());
+      store<First, width>(b.result + sizeof(First) * i, call());
   }
 }
 
 template <class Call, int width, class X, class... Operands, size_t... I>
-void latency(Function function, Buffers& buffers, std::index_sequence<I...>) {
-  const Arrays array(buffers);
+void latency(Function function, Buffers& b, std::index_sequence<I...>) {
   // The next operand takes no bit of the result, but the processor can't know.
   Register<X, width> zero{}, result{};
   if constexpr (kInGeneralRegister<X, width>)
@@ -159,10 +146,10 @@ void latency(Function function, Buffers& buffers, std::index_sequence<I...>) {
     asm volatile("" : "+v"(zero));
   for (int i = 0; i < kOperands; i += width)
     result =
-        Call::call(function, array.second + 16 * i,
-                   load_at<X, width>(array.operand[0], i) | (result & zero),
-                   load_at<Operands, width>(array.operand[I + 1], i)...);
-  store<X, width>(array.result, result);
+        Call::call(function, b.second + Call::second_bytes * i,
+                   load_at<X, width>(b.operand[0], i) | (result & zero),
+                   load_at<Operands, width>(b.operand[I + 1], i)...);
+  store<X, width>(b.result, result);
 }
 
 template <int width, class First, class Second, class X, class... Operands>

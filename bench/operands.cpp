@@ -9,6 +9,7 @@
 #include <iterator>
 #include <random>
 #include <string_view>
+#include <vector>
 
 namespace zorp::bench {
 namespace {
@@ -117,13 +118,8 @@ Buffers::Buffers(const Kernel& kernel) {
     const Range range = range_of(kernel, i);
     std::uniform_real_distribution<double> uniform(range.low, range.high);
     const int bytes = grammar::lane_bytes(lanes[i]);
-    operand[i].resize(size_t(bytes * kOperands));
-    for (int j = 0; j < kOperands; ++j)
-      put_lane(operand[i].data() + j * bytes, lanes[i], uniform(random));
+    for (int j = 0; j < kOperands; ++j) put_lane(operand[i] + j * bytes, lanes[i], uniform(random));
   }
-  // Two results of the widest lanes fit into either.
-  result.resize(16 * kOperands);
-  second.resize(16 * kOperands);
 }
 
 }  // namespace zorp::bench

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
 #include "export/grammar.h"
 
@@ -12,10 +11,12 @@ namespace zorp::bench {
 /// cache.
 inline constexpr int kOperands = 1024;
 
-/// The arrays that one measurement reads and writes, kOperands lanes each.
+/// The arrays that one measurement reads and writes: kOperands lanes of any type each, and two
+/// results a lane in `second`. SLEEF wants results in memory aligned.
 struct Buffers {
-  std::vector<std::byte> operand[3];
-  std::vector<std::byte> result, second;
+  alignas(64) std::byte operand[3][8 * kOperands];
+  alignas(64) std::byte result[8 * kOperands];
+  alignas(64) std::byte second[16 * kOperands];
 
   explicit Buffers(const grammar::Kernel& kernel);
 };

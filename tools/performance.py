@@ -43,7 +43,7 @@ def measure(bench, library, pattern, repetitions, output):
         f"--benchmark_out={output}",
     ]
     environment = {**os.environ, "ZORP_LIBRARY": str(Path(library).resolve())}
-    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, env=environment)
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment)
 
 
 class Times:
@@ -123,10 +123,10 @@ def summary(rows, rivals):
     if not ratios:
         return []
     mean = math.exp(sum(math.log(ratio) for ratio, _ in ratios) / len(ratios))
-    slower = sorted((pair for pair in ratios if pair[0] > 1), reverse=True)
+    slower = sorted((pair for pair in ratios if pair[0] >= 1.02), reverse=True)
     text = f"{len(ratios)} kernels beside {rivals}: geometric mean of the ratios {mean:.2f}"
     if slower:
-        text += "; above 1: " + ", ".join(f"{name} {ratio:.2f}" for ratio, name in slower)
+        text += "; slower: " + ", ".join(f"{name} {ratio:.2f}" for ratio, name in slower)
     return [text + ".", ""]
 
 
@@ -187,7 +187,9 @@ def report(times, library, table_of, repetitions):
         "",
     ]
     for element in ("double", "float", "half"):
-        names = [n for n in times.kernels if table_of[PREFIX + n]["element"] == element]
+        # In the order of the grammar; the measurement's order is random.
+        names = [s.removeprefix(PREFIX) for s, kernel in table_of.items() if kernel["element"] == element]
+        names = [n for n in names if n in times.kernels]
         rows = [row(times, n, table_of[PREFIX + n]) for n in names]
         wide = [r for r in rows if table_of[PREFIX + r["name"]]["width"] > 1]
         narrow = [r for r in rows if table_of[PREFIX + r["name"]]["width"] == 1]
