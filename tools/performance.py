@@ -43,7 +43,8 @@ def measure(bench, library, pattern, repetitions, output):
         f"--benchmark_out={output}",
     ]
     environment = {**os.environ, "ZORP_LIBRARY": str(Path(library).resolve())}
-    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment)
+    silent = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    subprocess.run(command, check=True, env=environment, **silent)
 
 
 class Times:
@@ -188,8 +189,8 @@ def report(times, library, table_of, repetitions):
     ]
     for element in ("double", "float", "half"):
         # In the order of the grammar; the measurement's order is random.
-        names = [s.removeprefix(PREFIX) for s, kernel in table_of.items() if kernel["element"] == element]
-        names = [n for n in names if n in times.kernels]
+        names = [symbol.removeprefix(PREFIX) for symbol in table_of]
+        names = [n for n in names if n in times.kernels and table_of[PREFIX + n]["element"] == element]
         rows = [row(times, n, table_of[PREFIX + n]) for n in names]
         wide = [r for r in rows if table_of[PREFIX + r["name"]]["width"] > 1]
         narrow = [r for r in rows if table_of[PREFIX + r["name"]]["width"] == 1]
@@ -221,9 +222,8 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         measured = arguments.json or Path(scratch) / "times.json"
         if not measured.exists():
-            measure(
-                arguments.bench, arguments.library, arguments.filter, arguments.repetitions, measured
-            )
+            count = arguments.repetitions
+            measure(arguments.bench, arguments.library, arguments.filter, count, measured)
         times = Times(measured)
     lines = report(
         times, Library(arguments.library), signatures(arguments.generate), arguments.repetitions
