@@ -189,13 +189,14 @@ def report(times, library, table_of, repetitions):
     ]
     for element in ("double", "float", "half"):
         # In the order of the grammar; the measurement's order is random.
-        names = [symbol.removeprefix(PREFIX) for symbol in table_of]
-        names = [n for n in names if n in times.kernels and table_of[PREFIX + n]["element"] == element]
+        of_element = [s for s, signature in table_of.items() if signature["element"] == element]
+        names = [s.removeprefix(PREFIX) for s in of_element]
+        names = [n for n in names if n in times.kernels]
         rows = [row(times, n, table_of[PREFIX + n]) for n in names]
         wide = [r for r in rows if table_of[PREFIX + r["name"]]["width"] > 1]
         narrow = [r for r in rows if table_of[PREFIX + r["name"]]["width"] == 1]
         limits = {}
-        if mca and not (element == "half" and not half_is_native):
+        if mca and wide and not (element == "half" and not half_is_native):
             paths = {r["name"]: library.fast_path(PREFIX + r["name"]) for r in wide}
             for model, title in port_limit.MODELS.items():
                 limits[title] = port_limit.limits(mca[0], paths, model)
