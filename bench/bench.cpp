@@ -1,8 +1,8 @@
 // Times every kernel of the library at width 1 and at the width that fills one register, beside
 // SLEEF's vector functions and the C library's scalar functions. All in one process, on the same
 // operands. A benchmark is called KERNEL/CONTENDER/MEASURE and reports the time for kOperands
-// lanes; `clock` tells the processor's clock in the same unit, `call` the cost of kOperands calls of
-// a function of one instruction, which every time holds.
+// lanes; `clock` tells the processor's clock in the same unit, `call` the cost of kOperands calls
+// of a function of one instruction, which every time holds.
 //
 // Tiers that run another tier's code are left out. ZORP_LIBRARY in the environment names another
 // library than the one built here.
@@ -44,15 +44,14 @@ void enroll(const grammar::Kernel& kernel) {
       if (!loop) continue;
       const std::string name = kernel.name() + "/" + contender.name +
                                (measure == Measure::throughput ? "/throughput" : "/latency");
-      benchmark::RegisterBenchmark(name.c_str(),
-                                   [kernel, contender, loop](benchmark::State& state) {
-                                     Buffers buffers(kernel);
-                                     for (auto _ : state) {
-                                       loop(contender.function, buffers);
-                                       benchmark::ClobberMemory();
-                                     }
-                                   })
-          ->ComputeStatistics("min", least);
+      benchmark::RegisterBenchmark(name.c_str(), [kernel, contender,
+                                                  loop](benchmark::State& state) {
+        Buffers buffers(kernel);
+        for (auto _ : state) {
+          loop(contender.function, buffers);
+          benchmark::ClobberMemory();
+        }
+      })->ComputeStatistics("min", least);
     }
   }
 }

@@ -33,8 +33,8 @@ void add_sleef(const Kernel& kernel, std::vector<Contender>& list) {
   for (const std::string& accuracy : accuracies) {
     const std::string name = "Sleef_" + stem + type + "_" + accuracy + "avx512f";
     if (const Function function = symbol(g_sleef, name)) {
-      const bool two = kernel.family->form == Form::element_pointer ||
-                       kernel.family->form == Form::two_results;
+      const bool two =
+          kernel.family->form == Form::element_pointer || kernel.family->form == Form::two_results;
       list.push_back({name, function, two ? Results::in_memory : Results::in_register});
       return;
     }

@@ -145,10 +145,9 @@ void latency(Function function, Buffers& b, std::index_sequence<I...>) {
   else
     asm volatile("" : "+v"(zero));
   for (int i = 0; i < kOperands; i += width)
-    result =
-        Call::call(function, b.second + Call::second_bytes * i,
-                   load_at<X, width>(b.operand[0], i) | (result & zero),
-                   load_at<Operands, width>(b.operand[I + 1], i)...);
+    result = Call::call(function, b.second + Call::second_bytes * i,
+                        load_at<X, width>(b.operand[0], i) | (result & zero),
+                        load_at<Operands, width>(b.operand[I + 1], i)...);
   store<X, width>(b.result, result);
 }
 

@@ -43,7 +43,8 @@ def measure(bench, library, pattern, repetitions, output):
         f"--benchmark_out={output}",
     ]
     environment = {**os.environ, "ZORP_LIBRARY": str(Path(library).resolve())}
-    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment)
+    silent = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    subprocess.run(command, check=True, env=environment, **silent)
 
 
 class Times:
@@ -188,13 +189,14 @@ def report(times, library, table_of, repetitions):
     ]
     for element in ("double", "float", "half"):
         # In the order of the grammar; the measurement's order is random.
-        names = [s.removeprefix(PREFIX) for s, kernel in table_of.items() if kernel["element"] == element]
+        of_element = [s for s, signature in table_of.items() if signature["element"] == element]
+        names = [s.removeprefix(PREFIX) for s in of_element]
         names = [n for n in names if n in times.kernels]
         rows = [row(times, n, table_of[PREFIX + n]) for n in names]
         wide = [r for r in rows if table_of[PREFIX + r["name"]]["width"] > 1]
         narrow = [r for r in rows if table_of[PREFIX + r["name"]]["width"] == 1]
         limits = {}
-        if mca and not (element == "half" and not half_is_native):
+        if mca and wide and not (element == "half" and not half_is_native):
             paths = {r["name"]: library.fast_path(PREFIX + r["name"]) for r in wide}
             for model, title in port_limit.MODELS.items():
                 limits[title] = port_limit.limits(mca[0], paths, model)
@@ -221,9 +223,8 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         measured = arguments.json or Path(scratch) / "times.json"
         if not measured.exists():
-            measure(
-                arguments.bench, arguments.library, arguments.filter, arguments.repetitions, measured
-            )
+            count = arguments.repetitions
+            measure(arguments.bench, arguments.library, arguments.filter, count, measured)
         times = Times(measured)
     lines = report(
         times, Library(arguments.library), signatures(arguments.generate), arguments.repetitions

@@ -45,8 +45,8 @@ def limits(mca, paths, model):
     done = subprocess.run(
         command, input="\n".join(lines) + "\n", check=True, capture_output=True, text=True
     )
-    found = re.findall(r"Code Region - (\S+)$.*?^Block RThroughput:\s+(\S+)", done.stdout, re.M | re.S)
-    return {kernel: float(cycles) for kernel, cycles in found}
+    region = re.compile(r"Code Region - (\S+)$.*?^Block RThroughput:\s+(\S+)", re.M | re.S)
+    return {kernel: float(cycles) for kernel, cycles in region.findall(done.stdout)}
 
 
 def main():
