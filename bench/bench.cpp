@@ -1,7 +1,8 @@
 // Times every kernel of the library at width 1 and at the width that fills one register, beside
 // SLEEF's vector functions and the C library's scalar functions. All in one process, on the same
 // operands. A benchmark is called KERNEL/CONTENDER/MEASURE and reports the time for kOperands
-// lanes; `clock` tells the processor's clock in the same unit.
+// lanes; `clock` tells the processor's clock in the same unit, `call` the cost of kOperands calls of
+// a function of one instruction, which every time holds.
 //
 // Tiers that run another tier's code are left out. ZORP_LIBRARY in the environment names another
 // library than the one built here.
@@ -23,6 +24,13 @@ void time_clock(benchmark::State& state) {
     uint64_t x = 3;
     for (int i = 0; i < kOperands; ++i) asm volatile("imul %0, %0" : "+r"(x));
   }
+}
+
+void time_call(benchmark::State& state) {
+  const grammar::Kernel& kernel = *grammar::find("fabs1");
+  const Loop loop = find_loop(kernel, Results::in_register, Measure::throughput);
+  Buffers buffers(kernel);
+  for (auto _ : state) loop(shortest_function(), buffers);
 }
 
 double least(const std::vector<double>& times) {
@@ -60,6 +68,7 @@ int run(int argc, char** argv) {
   const char* library = std::getenv("ZORP_LIBRARY");
   if (!open_libraries(library ? library : ZORP_LIBRARY)) return 1;
   benchmark::RegisterBenchmark("clock", time_clock)->ComputeStatistics("min", least);
+  benchmark::RegisterBenchmark("call", time_call)->ComputeStatistics("min", least);
   for (const grammar::Kernel& kernel : grammar::kernels())
     if (!kernel.is_alias() && (kernel.width == 1 || kernel.width == full_width(kernel)))
       enroll(kernel);

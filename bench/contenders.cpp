@@ -97,4 +97,6 @@ std::vector<Contender> contenders(const Kernel& kernel) {
   return list;
 }
 
+Function shortest_function() { return symbol(g_libm, "fabs"); }
+
 }  // namespace zorp::bench

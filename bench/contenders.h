@@ -23,4 +23,7 @@ bool open_libraries(const char* library);
 /// The kernel first, if the library has it; else nothing.
 std::vector<Contender> contenders(const grammar::Kernel& kernel);
 
+/// The C library's fabs: one instruction and a return.
+Function shortest_function();
+
 }  // namespace zorp::bench

@@ -246,8 +246,7 @@ int run(const std::vector<std::string>& arguments) {
   } else {
     std::fprintf(stderr,
                  "usage: generate kernels|version-script|names|header|header-checks|summary|"
-                 "signatures ...
-");
+                 "signatures ...\n");
     return 2;
   }
   return 0;

@@ -96,7 +96,7 @@ struct Instructions<double, N> {
   static Register bit_xor(Register a, Register b) { return _mm512_xor_pd(a, b); }
   static __m512i bits(Register v) { return _mm512_castpd_si512(v); }
   static Register from_bits(__m512i v) { return _mm512_castsi512_pd(v); }
-  static Register load_row(const void* row) { return _mm512_load_pd(row); }
+  static Register load_row(const void* row) { return from_bits(broadcast_64(row)); }
 };
 
 template <>

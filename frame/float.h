@@ -92,7 +92,7 @@ struct Instructions<float, N> {
   static Register bit_xor(Register a, Register b) { return _mm512_xor_ps(a, b); }
   static __m512i bits(Register v) { return _mm512_castps_si512(v); }
   static Register from_bits(__m512i v) { return _mm512_castsi512_ps(v); }
-  static Register load_row(const void* row) { return _mm512_load_ps(row); }
+  static Register load_row(const void* row) { return from_bits(broadcast_32(row)); }
 };
 
 template <>

@@ -14,6 +14,15 @@ namespace zorp {
 template <class T, int N>
 struct Instructions;
 
+/// The constant of a row, in every lane. Broadcasts from memory run on the load ports alone, and on
+/// some processors at twice the rate of loads of a full register; there, only the integer forms do.
+inline __m512i broadcast_64(const void* row) {
+  return _mm512_set1_epi64(*static_cast<const int64_t*>(row));
+}
+inline __m512i broadcast_32(const void* row) {
+  return _mm512_set1_epi32(*static_cast<const int32_t*>(row));
+}
+
 /// Fields of the significand operation's immediate.
 template <int imm>
 inline constexpr auto mantissa_interval = static_cast<_MM_MANTISSA_NORM_ENUM>(imm & 3);

@@ -48,7 +48,7 @@ struct Instructions<int64_t, N> {
   }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
-  static Register load_row(const void* row) { return _mm512_load_si512(row); }
+  static Register load_row(const void* row) { return broadcast_64(row); }
   static Register repeat(uint64_t pattern) {
     return _mm512_set1_epi64(static_cast<int64_t>(pattern));
   }
@@ -163,7 +163,7 @@ struct Instructions<int32_t, N> {
   }
   static Register bits(Register v) { return v; }
   static Register from_bits(Register v) { return v; }
-  static Register load_row(const void* row) { return _mm512_load_si512(row); }
+  static Register load_row(const void* row) { return broadcast_32(row); }
   static Register repeat(uint64_t pattern) {
     return _mm512_set1_epi32(static_cast<int32_t>(pattern));
   }

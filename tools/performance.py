@@ -1,0 +1,236 @@
+#!/usr/bin/env python3
+"""Measures the library and writes the tables of docs/performance.md.
+
+    performance.py BENCH LIBRARY GENERATE [--filter REGEX] [--repetitions N] [--json FILE]
+                   [--document FILE]
+
+BENCH is the program zorp_bench, LIBRARY libzorp_z1.so, GENERATE the tool zorp_generate. The text
+between the two markers of the document is replaced. --json keeps what was measured; a file that
+exists already is taken instead of a measurement. Every time is the least of the repetitions: what
+else runs on the machine can only add to it.
+"""
+
+import argparse
+import datetime
+import json
+import math
+import os
+import platform
+import re
+import subprocess
+import tempfile
+from pathlib import Path
+
+import port_limit
+from machine_code import PREFIX, Library, signatures
+
+ROOT = Path(__file__).resolve().parent.parent
+BEGIN, END = "<!-- tables: begin -->", "<!-- tables: end -->"
+# Cycles for each of the dependent multiplications that `clock` times.
+MULTIPLICATION = 3
+HALF_INSTRUCTION = re.compile(r"v(add|mul|sub|fn?m(add|sub)\d+)ph")
+
+
+def measure(bench, library, pattern, repetitions, output):
+    command = [
+        bench,
+        f"--benchmark_filter=^(clock|call)$|{pattern}",
+        "--benchmark_min_time=0.01",
+        f"--benchmark_repetitions={repetitions}",
+        "--benchmark_enable_random_interleaving=true",
+        "--benchmark_report_aggregates_only=true",
+        "--benchmark_out_format=json",
+        f"--benchmark_out={output}",
+    ]
+    environment = {**os.environ, "ZORP_LIBRARY": str(Path(library).resolve())}
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, env=environment)
+
+
+class Times:
+    """Least times in ns for all operands: by kernel, contender and measure."""
+
+    def __init__(self, path):
+        results = json.loads(Path(path).read_text())
+        self.context = results["context"]
+        self.operands = int(self.context["operands"])
+        self.kernels = {}
+        alone = {}
+        for entry in results["benchmarks"]:
+            if entry.get("aggregate_name") != "min":
+                continue
+            time, name = entry["cpu_time"], entry["run_name"]
+            if "/" in name:
+                kernel, contender, measure = name.split("/")
+                self.kernels.setdefault(kernel, {}).setdefault(contender, {})[measure] = time
+            else:
+                alone[name] = time
+        self.ghz = MULTIPLICATION * self.operands / alone["clock"]
+        self.call_cycles = alone["call"] / self.operands * self.ghz
+
+
+def processor():
+    fields = {}
+    for line in Path("/proc/cpuinfo").read_text().splitlines():
+        key, _, value = line.partition(":")
+        fields.setdefault(key.strip(), value.strip())
+    return (
+        f"{fields['model name']} (family {fields['cpu family']}, model {fields['model']}), "
+        f"{os.cpu_count()} processors"
+    )
+
+
+def sleef_name(contender):
+    """exp u10, of Sleef_expd8_u10avx512f."""
+    match = re.fullmatch(r"Sleef_(\w+?)(?:d8|f16)_(u\d+)?avx512f", contender)
+    return " ".join(part for part in match.groups() if part) if match else contender
+
+
+def row(times, name, signature):
+    """What a table shows of one kernel; times in ns, for one element and for one call."""
+    contenders = times.kernels[name]
+    calls = times.operands / signature["width"]
+    own = contenders["zorp_z1"]
+    rival = next((c for c in contenders if c != "zorp_z1"), None)
+    found = {
+        "name": name,
+        "element": own["throughput"] / times.operands,
+        "cycles": own["throughput"] / calls * times.ghz,
+        "latency": own["latency"] / calls * times.ghz if "latency" in own else None,
+        "rival": sleef_name(rival) if rival else "",
+    }
+    if rival:
+        theirs = contenders[rival]
+        found["rival element"] = theirs["throughput"] / times.operands
+        found["ratio"] = own["throughput"] / theirs["throughput"]
+        if "latency" in own and "latency" in theirs:
+            found["latency ratio"] = own["latency"] / theirs["latency"]
+    return found
+
+
+def number(value, digits):
+    return "" if value is None else f"{value:.{digits}f}"
+
+
+def table(header, rows):
+    lines = ["| " + " | ".join(header) + " |"]
+    lines.append("|" + "|".join(" :-- " if i == 0 else " --: " for i in range(len(header))) + "|")
+    lines += ["| " + " | ".join(cells) + " |" for cells in rows]
+    return lines
+
+
+def summary(rows, rivals):
+    ratios = [(r["ratio"], r["name"]) for r in rows if "ratio" in r]
+    if not ratios:
+        return []
+    mean = math.exp(sum(math.log(ratio) for ratio, _ in ratios) / len(ratios))
+    slower = sorted((pair for pair in ratios if pair[0] > 1), reverse=True)
+    text = f"{len(ratios)} kernels beside {rivals}: geometric mean of the ratios {mean:.2f}"
+    if slower:
+        text += "; above 1: " + ", ".join(f"{name} {ratio:.2f}" for ratio, name in slower)
+    return [text + ".", ""]
+
+
+def vector_table(rows, limits):
+    header = ["kernel", "ns/element", "SLEEF", "ns/element", "ratio", "latency ratio"]
+    header += ["latency, cycles", "cycles/call"]
+    header += [f"limit {model}" for model in limits]
+    return table(
+        header,
+        [
+            [
+                r["name"],
+                number(r["element"], 3),
+                r["rival"],
+                number(r.get("rival element"), 3),
+                number(r.get("ratio"), 2),
+                number(r.get("latency ratio"), 2),
+                number(r["latency"], 0),
+                number(r["cycles"], 1),
+            ]
+            + [number(column.get(r["name"]), 1) for column in limits.values()]
+            for r in rows
+        ],
+    )
+
+
+def scalar_table(rows):
+    header = ["kernel", "ns", "C library", "ns", "ratio", "latency ratio", "latency, cycles"]
+    return table(
+        header,
+        [
+            [
+                r["name"],
+                number(r["element"], 2),
+                r["rival"],
+                number(r.get("rival element"), 2),
+                number(r.get("ratio"), 2),
+                number(r.get("latency ratio"), 2),
+                number(r["latency"], 0),
+            ]
+            for r in rows
+        ],
+    )
+
+
+def report(times, library, table_of, repetitions):
+    half_is_native = any(HALF_INSTRUCTION.fullmatch(i.mnemonic) for i in library.code)
+    mca = port_limit.find_mca()
+    load = ", ".join(f"{average:.1f}" for average in times.context["load_avg"])
+    lines = [
+        f"- Processor: {processor()}, {times.ghz:.2f} GHz as measured",
+        f"- Compiler: {times.context['compiler']}; C library: {' '.join(platform.libc_ver())}",
+        f"- Half arithmetic: {'native' if half_is_native else 'emulated'}",
+        f"- Limits: {'llvm-mca ' + mca[1] if mca else 'no llvm-mca that knows both processors'}",
+        f"- A call of a function of one instruction: {times.call_cycles:.1f} cycles",
+        f"- Least of {repetitions} repetitions, on {datetime.date.today()}; load average at the "
+        f"start: {load}",
+        "",
+    ]
+    for element in ("double", "float", "half"):
+        names = [n for n in times.kernels if table_of[PREFIX + n]["element"] == element]
+        rows = [row(times, n, table_of[PREFIX + n]) for n in names]
+        wide = [r for r in rows if table_of[PREFIX + r["name"]]["width"] > 1]
+        narrow = [r for r in rows if table_of[PREFIX + r["name"]]["width"] == 1]
+        limits = {}
+        if mca and not (element == "half" and not half_is_native):
+            paths = {r["name"]: library.fast_path(PREFIX + r["name"]) for r in wide}
+            for model, title in port_limit.MODELS.items():
+                limits[title] = port_limit.limits(mca[0], paths, model)
+        if wide:
+            lines += [f"### {element}, one register", ""] + summary(wide, "SLEEF")
+            lines += vector_table(wide, limits) + [""]
+        if narrow:
+            lines += [f"### {element}, one lane", ""] + summary(narrow, "the C library")
+            lines += scalar_table(narrow) + [""]
+    return lines
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("bench")
+    parser.add_argument("library")
+    parser.add_argument("generate")
+    parser.add_argument("--filter", default=".", help="the benchmarks to run")
+    parser.add_argument("--repetitions", type=int, default=15)
+    parser.add_argument("--json", type=Path)
+    parser.add_argument("--document", type=Path, default=ROOT / "docs" / "performance.md")
+    arguments = parser.parse_args()
+
+    with tempfile.TemporaryDirectory() as scratch:
+        measured = arguments.json or Path(scratch) / "times.json"
+        if not measured.exists():
+            measure(
+                arguments.bench, arguments.library, arguments.filter, arguments.repetitions, measured
+            )
+        times = Times(measured)
+    lines = report(
+        times, Library(arguments.library), signatures(arguments.generate), arguments.repetitions
+    )
+    text = arguments.document.read_text()
+    before, rest = text.split(BEGIN)
+    after = rest.split(END)[1]
+    arguments.document.write_text("\n".join([before + BEGIN, "", *lines]) + END + after)
+
+
+if __name__ == "__main__":
+    main()
