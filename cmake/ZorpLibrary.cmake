@@ -15,6 +15,8 @@ set(ZORP_KERNEL_OPTIONS
     -mavx512f -mavx512dq -mavx512bw -mavx512vl -mavx512vbmi2 -mfma -mf16c
     # The register contract: registers that the compiler never touches, or restores.
     -fcall-saved-rsi -fcall-saved-rdi
+    # Before a tail call, rsi and rdi would be restored over the arguments that stand in them.
+    -fno-optimize-sibling-calls
     -ffixed-xmm16 -ffixed-xmm17 -ffixed-xmm18 -ffixed-xmm19 -ffixed-xmm20 -ffixed-xmm21
     -ffixed-xmm22 -ffixed-xmm23 -ffixed-xmm24 -ffixed-xmm25 -ffixed-xmm26 -ffixed-xmm27
     -ffixed-xmm28 -ffixed-xmm29 -ffixed-xmm30 -ffixed-xmm31
