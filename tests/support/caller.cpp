@@ -144,9 +144,7 @@ std::string Caller::violations() const {
   return text;
 }
 
-std::uint32_t Caller::raised() const {
-  return frame_.mxcsr_out & ~frame_.mxcsr_in & kMxcsrStatus;
-}
+std::uint32_t Caller::raised() const { return frame_.mxcsr_out & ~frame_.mxcsr_in & kMxcsrStatus; }
 
 std::string Caller::dirty_upper() const {
   std::string text;
