@@ -17,6 +17,8 @@ set(ZORP_KERNEL_OPTIONS
     -fcall-saved-rsi -fcall-saved-rdi
     # A tail call would restore rsi and rdi over the arguments that it passes in them.
     -fno-optimize-sibling-calls
+    # A caller need not align the stack beyond 8 bytes.
+    -mincoming-stack-boundary=3
     -ffixed-xmm16 -ffixed-xmm17 -ffixed-xmm18 -ffixed-xmm19 -ffixed-xmm20 -ffixed-xmm21
     -ffixed-xmm22 -ffixed-xmm23 -ffixed-xmm24 -ffixed-xmm25 -ffixed-xmm26 -ffixed-xmm27
     -ffixed-xmm28 -ffixed-xmm29 -ffixed-xmm30 -ffixed-xmm31
