@@ -98,10 +98,6 @@ struct FloatToInteger {
   }
 
   template <class V>
-  static V magnitude(V r) {
-    return r & constant<V>(~uint64_t{0} >> (65 - 8 * sizeof(typename V::Element)));
-  }
-  template <class V>
   static Mask<V::lanes> is_number(V r) {
     return compare<_CMP_ORD_Q>(r, r);
   }

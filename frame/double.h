@@ -91,6 +91,9 @@ struct Instructions<double, N> {
     asm("vfmadd132pd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
     return a;
   }
+  static Register fix_up(Register otherwise, Register v, __m512i table) {
+    return _mm512_fixupimm_round_pd(otherwise, v, table, 0, sae);
+  }
   static Register bit_and(Register a, Register b) { return _mm512_and_pd(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_pd(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_pd(a, b); }
@@ -183,6 +186,9 @@ struct Instructions<double, 1> {
   static Register fma_in_order(Register a, Register b, Register c) {
     asm("vfmadd132sd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
     return a;
+  }
+  static Register fix_up(Register otherwise, Register v, __m128i table) {
+    return _mm_fixupimm_round_sd(otherwise, v, table, 0, sae);
   }
   static Register bit_and(Register a, Register b) { return _mm_and_pd(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_pd(a, b); }

@@ -41,6 +41,10 @@ struct Instructions<half, 16> {
     return emulated::div<mode>(a, b);
   }
   template <Rounding mode>
+  static Register sqrt(Register a) {
+    return emulated::sqrt<mode>(a);
+  }
+  template <Rounding mode>
   static Register fma(Register a, Register b, Register c) {
     return emulated::fma<mode>(a, b, c);
   }
@@ -123,6 +127,10 @@ struct Instructions<half, 32> {
   template <Rounding mode>
   static Register div(Register a, Register b) {
     return join(emulated::div<mode>(low(a), low(b)), emulated::div<mode>(high(a), high(b)));
+  }
+  template <Rounding mode>
+  static Register sqrt(Register a) {
+    return join(emulated::sqrt<mode>(low(a)), emulated::sqrt<mode>(high(a)));
   }
   template <Rounding mode>
   static Register fma(Register a, Register b, Register c) {

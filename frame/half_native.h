@@ -27,6 +27,10 @@ struct Instructions<half, N> {
     return _mm512_div_round_ph(a, b, embedded<mode>);
   }
   template <Rounding mode>
+  static Register sqrt(Register a) {
+    return _mm512_sqrt_round_ph(a, embedded<mode>);
+  }
+  template <Rounding mode>
   static Register fma(Register a, Register b, Register c) {
     return _mm512_fmadd_round_ph(a, b, c, embedded<mode>);
   }
@@ -129,6 +133,10 @@ struct Instructions<half, 1> {
   template <Rounding mode>
   static Register div(Register a, Register b) {
     return _mm_div_round_sh(a, b, embedded<mode>);
+  }
+  template <Rounding mode>
+  static Register sqrt(Register a) {
+    return _mm_sqrt_round_sh(a, a, embedded<mode>);
   }
   template <Rounding mode>
   static Register fma(Register a, Register b, Register c) {

@@ -5,10 +5,39 @@
 
 namespace zorp {
 
-template <int N>
-struct Instructions<int64_t, N> {
+namespace detail {
+/// What doesn't depend on the size of the lanes, in a full register.
+struct FullBits {
   using Register = __m512i;
 
+  static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
+  static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
+  static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
+  template <int truth>
+  static Register ternary_logic(Register a, Register b, Register c) {
+    return _mm512_ternarylogic_epi64(a, b, c, truth);
+  }
+  static Register bits(Register v) { return v; }
+  static Register from_bits(Register v) { return v; }
+};
+/// The same for a single lane.
+struct SingleBits {
+  using Register = __m128i;
+
+  static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
+  static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
+  static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
+  template <int truth>
+  static Register ternary_logic(Register a, Register b, Register c) {
+    return _mm_ternarylogic_epi64(a, b, c, truth);
+  }
+  static Register bits(Register v) { return v; }
+  static Register from_bits(Register v) { return v; }
+};
+}  // namespace detail
+
+template <int N>
+struct Instructions<int64_t, N> : detail::FullBits {
   static Register add(Register a, Register b) { return _mm512_add_epi64(a, b); }
   static Register sub(Register a, Register b) { return _mm512_sub_epi64(a, b); }
   template <int n>
@@ -31,23 +60,10 @@ struct Instructions<int64_t, N> {
   static __mmask8 compare(Register a, Register b) {
     return _mm512_cmp_epi64_mask(a, b, predicate);
   }
-  template <int predicate>
-  static __mmask8 compare_unsigned(Register a, Register b) {
-    return _mm512_cmp_epu64_mask(a, b, predicate);
-  }
-  static __mmask8 any_common_bit(Register a, Register b) { return _mm512_test_epi64_mask(a, b); }
   static __mmask8 is_negative(Register v) { return _mm512_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi64(clear, mask, set);
   }
-  static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
-  static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
-  static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
-  static Register merge_bits(Register mask, Register set, Register clear) {
-    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
-  }
-  static Register bits(Register v) { return v; }
-  static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return broadcast_64(row); }
   static Register repeat(uint64_t pattern) {
     return _mm512_set1_epi64(static_cast<int64_t>(pattern));
@@ -65,9 +81,7 @@ struct Instructions<int64_t, N> {
 };
 
 template <>
-struct Instructions<int64_t, 1> {
-  using Register = __m128i;
-
+struct Instructions<int64_t, 1> : detail::SingleBits {
   static Register add(Register a, Register b) { return _mm_add_epi64(a, b); }
   static Register sub(Register a, Register b) { return _mm_sub_epi64(a, b); }
   template <int n>
@@ -90,23 +104,10 @@ struct Instructions<int64_t, 1> {
   static __mmask8 compare(Register a, Register b) {
     return _mm_cmp_epi64_mask(a, b, predicate);
   }
-  template <int predicate>
-  static __mmask8 compare_unsigned(Register a, Register b) {
-    return _mm_cmp_epu64_mask(a, b, predicate);
-  }
-  static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi64_mask(a, b); }
   static __mmask8 is_negative(Register v) { return _mm_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi64(clear, mask, set);
   }
-  static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
-  static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
-  static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
-  static Register merge_bits(Register mask, Register set, Register clear) {
-    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
-  }
-  static Register bits(Register v) { return v; }
-  static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) {
     return _mm_set1_epi64x(static_cast<int64_t>(pattern));
   }
@@ -116,9 +117,7 @@ struct Instructions<int64_t, 1> {
 };
 
 template <int N>
-struct Instructions<int32_t, N> {
-  using Register = __m512i;
-
+struct Instructions<int32_t, N> : detail::FullBits {
   static Register add(Register a, Register b) { return _mm512_add_epi32(a, b); }
   static Register sub(Register a, Register b) { return _mm512_sub_epi32(a, b); }
   static Register mul(Register a, Register b) { return _mm512_mullo_epi32(a, b); }
@@ -146,23 +145,10 @@ struct Instructions<int32_t, N> {
   static __mmask16 compare(Register a, Register b) {
     return _mm512_cmp_epi32_mask(a, b, predicate);
   }
-  template <int predicate>
-  static __mmask16 compare_unsigned(Register a, Register b) {
-    return _mm512_cmp_epu32_mask(a, b, predicate);
-  }
-  static __mmask16 any_common_bit(Register a, Register b) { return _mm512_test_epi32_mask(a, b); }
   static __mmask16 is_negative(Register v) { return _mm512_movepi32_mask(v); }
   static Register blend(__mmask16 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi32(clear, mask, set);
   }
-  static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
-  static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
-  static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
-  static Register merge_bits(Register mask, Register set, Register clear) {
-    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
-  }
-  static Register bits(Register v) { return v; }
-  static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return broadcast_32(row); }
   static Register repeat(uint64_t pattern) {
     return _mm512_set1_epi32(static_cast<int32_t>(pattern));
@@ -180,9 +166,7 @@ struct Instructions<int32_t, N> {
 };
 
 template <>
-struct Instructions<int32_t, 1> {
-  using Register = __m128i;
-
+struct Instructions<int32_t, 1> : detail::SingleBits {
   static Register add(Register a, Register b) { return _mm_add_epi32(a, b); }
   static Register sub(Register a, Register b) { return _mm_sub_epi32(a, b); }
   static Register mul(Register a, Register b) { return _mm_mullo_epi32(a, b); }
@@ -210,31 +194,16 @@ struct Instructions<int32_t, 1> {
   static __mmask8 compare(Register a, Register b) {
     return _mm_cmp_epi32_mask(a, b, predicate);
   }
-  template <int predicate>
-  static __mmask8 compare_unsigned(Register a, Register b) {
-    return _mm_cmp_epu32_mask(a, b, predicate);
-  }
-  static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi32_mask(a, b); }
   static __mmask8 is_negative(Register v) { return _mm_movepi32_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi32(clear, mask, set);
   }
-  static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
-  static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
-  static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
-  static Register merge_bits(Register mask, Register set, Register clear) {
-    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
-  }
-  static Register bits(Register v) { return v; }
-  static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) { return _mm_set1_epi32(static_cast<int32_t>(pattern)); }
   static Register load_row(const void* row) { return _mm_loadu_si32(row); }
 };
 
 template <int N>
-struct Instructions<int16_t, N> {
-  using Register = __m512i;
-
+struct Instructions<int16_t, N> : detail::FullBits {
   static Register add(Register a, Register b) { return _mm512_add_epi16(a, b); }
   static Register sub(Register a, Register b) { return _mm512_sub_epi16(a, b); }
   static Register mul(Register a, Register b) { return _mm512_mullo_epi16(a, b); }
@@ -257,23 +226,10 @@ struct Instructions<int16_t, N> {
   static __mmask32 compare(Register a, Register b) {
     return _mm512_cmp_epi16_mask(a, b, predicate);
   }
-  template <int predicate>
-  static __mmask32 compare_unsigned(Register a, Register b) {
-    return _mm512_cmp_epu16_mask(a, b, predicate);
-  }
-  static __mmask32 any_common_bit(Register a, Register b) { return _mm512_test_epi16_mask(a, b); }
   static __mmask32 is_negative(Register v) { return _mm512_movepi16_mask(v); }
   static Register blend(__mmask32 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi16(clear, mask, set);
   }
-  static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
-  static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
-  static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
-  static Register merge_bits(Register mask, Register set, Register clear) {
-    return _mm512_ternarylogic_epi64(mask, set, clear, 0xCA);
-  }
-  static Register bits(Register v) { return v; }
-  static Register from_bits(Register v) { return v; }
   static Register load_row(const void* row) { return _mm512_load_si512(row); }
   static Register repeat(uint64_t pattern) {
     return _mm512_set1_epi16(static_cast<int16_t>(pattern));
@@ -291,9 +247,7 @@ struct Instructions<int16_t, N> {
 };
 
 template <>
-struct Instructions<int16_t, 1> {
-  using Register = __m128i;
-
+struct Instructions<int16_t, 1> : detail::SingleBits {
   static Register add(Register a, Register b) { return _mm_add_epi16(a, b); }
   static Register sub(Register a, Register b) { return _mm_sub_epi16(a, b); }
   static Register mul(Register a, Register b) { return _mm_mullo_epi16(a, b); }
@@ -316,23 +270,10 @@ struct Instructions<int16_t, 1> {
   static __mmask8 compare(Register a, Register b) {
     return _mm_cmp_epi16_mask(a, b, predicate);
   }
-  template <int predicate>
-  static __mmask8 compare_unsigned(Register a, Register b) {
-    return _mm_cmp_epu16_mask(a, b, predicate);
-  }
-  static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi16_mask(a, b); }
   static __mmask8 is_negative(Register v) { return _mm_movepi16_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi16(clear, mask, set);
   }
-  static Register bit_and(Register a, Register b) { return _mm_and_si128(a, b); }
-  static Register bit_or(Register a, Register b) { return _mm_or_si128(a, b); }
-  static Register bit_xor(Register a, Register b) { return _mm_xor_si128(a, b); }
-  static Register merge_bits(Register mask, Register set, Register clear) {
-    return _mm_ternarylogic_epi64(mask, set, clear, 0xCA);
-  }
-  static Register bits(Register v) { return v; }
-  static Register from_bits(Register v) { return v; }
   static Register repeat(uint64_t pattern) { return _mm_set1_epi16(static_cast<int16_t>(pattern)); }
   static Register load_row(const void* row) { return _mm_loadu_si16(row); }
 };

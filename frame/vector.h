@@ -273,6 +273,17 @@ inline V max(V a, detail::same_as<V> b) {
   return detail::map<V>([](auto... r) { return V::Ops::max(r...); }, a, b);
 }
 
+/// `otherwise`, but in lanes where v is of a special class what that class's four bits of `table`
+/// ask for (the processor's fix-up operation).
+template <int N>
+inline Vec<double, N> fix_up(Vec<double, N> otherwise, Vec<double, N> v, Vec<int64_t, N> table) {
+  using V = Vec<double, N>;
+  if constexpr (V::paired)
+    return {fix_up(otherwise.lo, v.lo, table.lo), fix_up(otherwise.hi, v.hi, table.hi)};
+  else
+    return V(V::Ops::fix_up(otherwise.reg, v.reg, table.reg));
+}
+
 // ---- Encodings and bits. -----------------------------------------------------------------------
 
 /// The encodings of v as signed integers.
@@ -297,15 +308,22 @@ template <class T, int N>
 inline Vec<T, N> operator^(Vec<T, N> a, detail::same_as<Vec<T, N>> b) {
   return detail::map<Vec<T, N>>([](auto... r) { return Vec<T, N>::Ops::bit_xor(r...); }, a, b);
 }
+/// Bitwise logic of three operands by the truth table in `truth` (bit 4 a + 2 b + c of it).
+template <int truth, class T, int N>
+inline Vec<T, N> ternary_logic(Vec<T, N> a, detail::same_as<Vec<T, N>> b,
+                               detail::same_as<Vec<T, N>> c) {
+  if constexpr (Vec<T, N>::paired)
+    return {ternary_logic<truth>(a.lo, b.lo, c.lo), ternary_logic<truth>(a.hi, b.hi, c.hi)};
+  else
+    return from_bits<T>(
+        Vec<Encoding<T>, N>(Instructions<Encoding<T>, N>::template ternary_logic<truth>(
+            bits(a).reg, bits(b).reg, bits(c).reg)));
+}
 /// The bits of `set` where the mask has ones, those of `clear` where it has zeros.
 template <class T, int N>
 inline Vec<T, N> merge_bits(Vec<T, N> mask, detail::same_as<Vec<T, N>> set,
                             detail::same_as<Vec<T, N>> clear) {
-  if constexpr (Vec<T, N>::paired)
-    return {merge_bits(mask.lo, set.lo, clear.lo), merge_bits(mask.hi, set.hi, clear.hi)};
-  else
-    return from_bits<T>(Vec<Encoding<T>, N>(
-        Instructions<Encoding<T>, N>::merge_bits(bits(mask).reg, bits(set).reg, bits(clear).reg)));
+  return ternary_logic<0xCA>(mask, set, clear);
 }
 template <int n, class V>
 inline V shift_left(V v) {
@@ -444,6 +462,25 @@ inline Vec<double, N> gather(const void* base, Vec<int64_t, N> offset) {
                                                         _mm512_castsi512_si256(offset.reg), 1)));
   else
     return V(_mm512_i64gather_pd(offset.reg, base, 1));
+}
+
+/// The float at a byte offset from `base` for each lane.
+template <int N>
+inline Vec<float, N> gather(const void* base, Vec<int32_t, N> offset) {
+  using V = Vec<float, N>;
+  if constexpr (V::paired)
+    return V(gather(base, offset.lo), gather(base, offset.hi));
+  else if constexpr (N == 1)
+    return V(_mm_load_ss(reinterpret_cast<const float*>(static_cast<const char*>(base) +
+                                                        _mm_cvtsi128_si32(offset.reg))));
+  else if constexpr (N <= 4)
+    return V(_mm512_zextps128_ps512(
+        _mm_i32gather_ps(static_cast<const float*>(base), _mm512_castsi512_si128(offset.reg), 1)));
+  else if constexpr (N == 8)
+    return V(_mm512_zextps256_ps512(_mm256_i32gather_ps(static_cast<const float*>(base),
+                                                        _mm512_castsi512_si256(offset.reg), 1)));
+  else
+    return V(_mm512_i32gather_ps(offset.reg, base, 1));
 }
 
 // ---- Conversions between half and float. -------------------------------------------------------

@@ -15,7 +15,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -789,17 +788,4 @@ TEST(Fp16Trap, PreloadedIntoAProgram) {
   }
 }
 
-/// Runs before anything here that the compiler may have given AVX-512 instructions.
-[[gnu::constructor(101), gnu::target("no-avx")]] void skip_without_avx512() {
-  __builtin_cpu_init();
-  if (__builtin_cpu_supports("avx512vbmi2")) return;
-  std::puts("skipped: this processor has no AVX-512");
-  std::exit(0);
-}
-
 }  // namespace
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}

@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <limits>
 #include <random>
 #include <string>
@@ -898,17 +897,4 @@ TEST(HalfEmulated, Integers) {
   check_integer<uint64_t>();
 }
 
-/// Runs before anything here that the compiler may have given AVX-512 instructions.
-[[gnu::constructor(101), gnu::target("no-avx")]] void skip_without_avx512() {
-  __builtin_cpu_init();
-  if (__builtin_cpu_supports("avx512vbmi2")) return;
-  std::puts("skipped: this processor has no AVX-512");
-  std::exit(0);
-}
-
 }  // namespace
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}

@@ -1,0 +1,104 @@
+// The operations of the vector layer that no kernel uses yet, against plain C++.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "frame/vector.h"
+
+namespace zorp {
+namespace {
+
+template <class V, class T>
+V from_lanes(const T* lane) {
+  V v;
+  std::memcpy(&v, lane, sizeof v);
+  return v;
+}
+template <class T, class V>
+T lane_of(const V& v, int i) {
+  T lane;
+  std::memcpy(&lane, reinterpret_cast<const char*>(&v) + i * sizeof lane, sizeof lane);
+  return lane;
+}
+
+TEST(Vocabulary, TernaryLogicFollowsItsTruthTable) {
+  uint64_t a[16], b[16], c[16];
+  for (int i = 0; i < 16; ++i)
+    a[i] = 0x9E3779B97F4A7C15 * (i + 1), b[i] = a[i] * a[i], c[i] = ~a[i] * 3;
+  const auto check = [&]<int truth>(std::integral_constant<int, truth>) {
+    using V = Vec<double, 16>;
+    const V r = ternary_logic<truth>(from_lanes<V>(a), from_lanes<V>(b), from_lanes<V>(c));
+    for (int i = 0; i < 16; ++i)
+      for (int bit = 0; bit < 64; ++bit) {
+        const int row = (a[i] >> bit & 1) << 2 | (b[i] >> bit & 1) << 1 | (c[i] >> bit & 1);
+        ASSERT_EQ(lane_of<uint64_t>(r, i) >> bit & 1, uint64_t(truth >> row & 1)) << truth;
+      }
+  };
+  check(std::integral_constant<int, 0xCA>());
+  check(std::integral_constant<int, 0x96>());
+  check(std::integral_constant<int, 0x2D>());
+}
+
+TEST(Vocabulary, FixUpReplacesTheClassesOfItsTable) {
+  // Classes from the lowest four bits up: quiet NaN, signalling NaN, zero, 1, -infinity,
+  // +infinity, negative, positive. Asked for: a zero becomes +infinity (5), -infinity becomes 0
+  // (8).
+  constexpr uint64_t table = 0x00080500;
+  const double infinity = std::numeric_limits<double>::infinity();
+  const double v[8] = {0.0, -0.0, 1.0, -infinity, infinity, -3.5, 2.5, 0.0};
+  const double otherwise[8] = {10, 11, 12, 13, 14, 15, 16, 17};
+  const double expected[8] = {infinity, infinity, 12, 0, 14, 15, 16, infinity};
+  using V = Vec<double, 8>;
+  const V r = fix_up(from_lanes<V>(otherwise), from_lanes<V>(v), constant<Vec<int64_t, 8>>(table));
+  for (int i = 0; i < 8; ++i) {
+    EXPECT_EQ(lane_of<double>(r, i), expected[i]) << i;
+    using S = Vec<double, 1>;
+    const S one =
+        fix_up(S(_mm_set_sd(otherwise[i])), S(_mm_set_sd(v[i])), constant<Vec<int64_t, 1>>(table));
+    EXPECT_EQ(lane_of<double>(one, 0), expected[i]) << i;
+  }
+}
+
+template <int N>
+void check_gather() {
+  float entries[64];
+  for (int i = 0; i < 64; ++i) entries[i] = 0.5f + i;
+  int32_t offset[32];
+  for (int i = 0; i < 32; ++i) offset[i] = 4 * (i * 29 % 64);
+  const auto v = gather(entries, from_lanes<Vec<int32_t, N>>(offset));
+  for (int i = 0; i < N; ++i) ASSERT_EQ(lane_of<float>(v, i), entries[offset[i] / 4]) << N;
+}
+TEST(Vocabulary, FloatsAreGathered) {
+  check_gather<1>();
+  check_gather<2>();
+  check_gather<4>();
+  check_gather<8>();
+  check_gather<16>();
+  check_gather<32>();
+}
+
+TEST(Vocabulary, SquareRootsOfHalves) {
+  for (int first = 0; first < 0x7C00; first += 32) {
+    uint16_t x[32];
+    for (int i = 0; i < 32; ++i) x[i] = uint16_t(first + i);
+    const auto r = sqrt<rn>(from_lanes<Vec<half, 32>>(x));
+    const auto up = sqrt<ru>(from_lanes<Vec<half, 32>>(x));
+    for (int i = 0; i < 32; ++i) {
+      const double root = std::sqrt(double{_cvtsh_ss(x[i])});  // correct to 53 bits
+      const double nearest = _cvtsh_ss(lane_of<uint16_t>(r, i));
+      const double below = _cvtsh_ss(uint16_t(lane_of<uint16_t>(r, i) - 1));
+      const double above = _cvtsh_ss(uint16_t(lane_of<uint16_t>(r, i) + 1));
+      if (x[i] == 0) continue;
+      EXPECT_LE(std::abs(nearest - root), std::abs(below - root)) << x[i];
+      EXPECT_LE(std::abs(nearest - root), std::abs(above - root)) << x[i];
+      const double upper = _cvtsh_ss(lane_of<uint16_t>(up, i));
+      EXPECT_TRUE(upper >= root && upper - root < above - below) << x[i];
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zorp
