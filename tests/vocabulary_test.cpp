@@ -100,5 +100,37 @@ TEST(Vocabulary, SquareRootsOfHalves) {
   }
 }
 
+/// Of two NaNs the first operand survives, quieted.
+template <class T, int N>
+void check_add_in_order(Pattern<T> first, Pattern<T> second) {
+  using V = Vec<T, N>;
+  const Pattern<T> quiet = Pattern<T>{1} << (sizeof(T) == 8 ? 51 : sizeof(T) == 4 ? 22 : 9);
+  const V a = constant<V>(first), b = constant<V>(second);
+  EXPECT_EQ(lane_of<Pattern<T>>(add_in_order(a, b), 0), first | quiet);
+  EXPECT_EQ(lane_of<Pattern<T>>(add_in_order(b, a), 0), second | quiet);
+}
+TEST(Vocabulary, AdditionInOrderKeepsTheFirstNaN) {
+  check_add_in_order<double, 1>(0xFFF0000000000123, 0x7FF8000000000456);
+  check_add_in_order<double, 16>(0xFFF0000000000123, 0x7FF8000000000456);
+  check_add_in_order<float, 1>(0xFF800123, 0x7FC00456);
+  check_add_in_order<float, 16>(0xFF800123, 0x7FC00456);
+  check_add_in_order<half, 16>(0xFC12, 0x7E45);
+  check_add_in_order<half, 32>(0xFC12, 0x7E45);
+}
+
+TEST(Vocabulary, EstimatesOfReciprocalsAndRoots) {
+  for (double x : {1.0, 1.9999, 3.7, 1e-200, 6.02e123}) {
+    const auto v = constant<Vec<double, 8>>(std::bit_cast<uint64_t>(x));
+    EXPECT_LT(std::abs(lane_of<double>(reciprocal14(v), 7) * x - 1), 0x1p-14);
+    const double root = lane_of<double>(reciprocal_root14(v), 7);
+    EXPECT_LT(std::abs(root * std::sqrt(x) - 1), 0x1p-14);
+  }
+  for (uint16_t x : {0x3C00, 0x4123, 0x0155, 0x7BFF}) {
+    const auto v = constant<Vec<half, 32>>(x);
+    const double root = _cvtsh_ss(lane_of<uint16_t>(reciprocal_root11(v), 31));
+    EXPECT_LT(std::abs(root * std::sqrt(double{_cvtsh_ss(x)}) - 1), 0x1p-10);
+  }
+}
+
 }  // namespace
 }  // namespace zorp
