@@ -87,8 +87,17 @@ struct Instructions<double, N> {
     asm("vaddpd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register mul_in_order(Register a, Register b) {
+    Register product;
+    asm("vmulpd %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return product;
+  }
   static Register fma_in_order(Register a, Register b, Register c) {
     asm("vfmadd132pd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
+  static Register fnma_in_order(Register a, Register b, Register c) {
+    asm("vfnmadd132pd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
     return a;
   }
   static Register fix_up(Register otherwise, Register v, __m512i table) {
@@ -183,8 +192,17 @@ struct Instructions<double, 1> {
     asm("vaddsd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register mul_in_order(Register a, Register b) {
+    Register product;
+    asm("vmulsd %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return product;
+  }
   static Register fma_in_order(Register a, Register b, Register c) {
     asm("vfmadd132sd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
+  static Register fnma_in_order(Register a, Register b, Register c) {
+    asm("vfnmadd132sd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
     return a;
   }
   static Register fix_up(Register otherwise, Register v, __m128i table) {

@@ -83,8 +83,17 @@ struct Instructions<float, N> {
     asm("vaddps %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register mul_in_order(Register a, Register b) {
+    Register product;
+    asm("vmulps %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return product;
+  }
   static Register fma_in_order(Register a, Register b, Register c) {
     asm("vfmadd132ps %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
+  static Register fnma_in_order(Register a, Register b, Register c) {
+    asm("vfnmadd132ps %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
     return a;
   }
   static Register bit_and(Register a, Register b) { return _mm512_and_ps(a, b); }
@@ -172,8 +181,17 @@ struct Instructions<float, 1> {
     asm("vaddss %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register mul_in_order(Register a, Register b) {
+    Register product;
+    asm("vmulss %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return product;
+  }
   static Register fma_in_order(Register a, Register b, Register c) {
     asm("vfmadd132ss %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
+  static Register fnma_in_order(Register a, Register b, Register c) {
+    asm("vfnmadd132ss %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
     return a;
   }
   static Register bit_and(Register a, Register b) { return _mm_and_ps(a, b); }

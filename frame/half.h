@@ -89,8 +89,12 @@ struct Instructions<half, 16> {
     return _mm256_mask_mov_epi16(clear, mask, set);
   }
   static Register add_in_order(Register a, Register b) { return emulated::add<rn>(a, b); }
+  static Register mul_in_order(Register a, Register b) { return emulated::mul<rn>(a, b); }
   static Register fma_in_order(Register a, Register b, Register c) {
     return emulated::fma<rn>(a, b, c);
+  }
+  static Register fnma_in_order(Register a, Register b, Register c) {
+    return emulated::fnma<rn>(a, b, c);
   }
   static Register bit_and(Register a, Register b) { return _mm256_and_si256(a, b); }
   static Register bit_or(Register a, Register b) { return _mm256_or_si256(a, b); }
@@ -191,7 +195,9 @@ struct Instructions<half, 32> {
     return _mm512_mask_mov_epi16(clear, mask, set);
   }
   static Register add_in_order(Register a, Register b) { return add<rn>(a, b); }
+  static Register mul_in_order(Register a, Register b) { return mul<rn>(a, b); }
   static Register fma_in_order(Register a, Register b, Register c) { return fma<rn>(a, b, c); }
+  static Register fnma_in_order(Register a, Register b, Register c) { return fnma<rn>(a, b, c); }
   static Register bit_and(Register a, Register b) { return _mm512_and_si512(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_si512(a, b); }
   static Register bit_xor(Register a, Register b) { return _mm512_xor_si512(a, b); }

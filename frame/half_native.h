@@ -79,8 +79,17 @@ struct Instructions<half, N> {
     asm("vaddph %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register mul_in_order(Register a, Register b) {
+    Register product;
+    asm("vmulph %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return product;
+  }
   static Register fma_in_order(Register a, Register b, Register c) {
     asm("vfmadd132ph %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
+  static Register fnma_in_order(Register a, Register b, Register c) {
+    asm("vfnmadd132ph %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
     return a;
   }
   static Register bit_and(Register a, Register b) {
@@ -187,8 +196,17 @@ struct Instructions<half, 1> {
     asm("vaddsh %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
     return sum;
   }
+  static Register mul_in_order(Register a, Register b) {
+    Register product;
+    asm("vmulsh %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
+    return product;
+  }
   static Register fma_in_order(Register a, Register b, Register c) {
     asm("vfmadd132sh %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
+    return a;
+  }
+  static Register fnma_in_order(Register a, Register b, Register c) {
+    asm("vfnmadd132sh %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
     return a;
   }
   static Register bit_and(Register a, Register b) {

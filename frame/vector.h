@@ -208,11 +208,21 @@ template <class V>
 inline V add_in_order(V a, detail::same_as<V> b) {
   return detail::map<V>([](auto... r) { return V::Ops::add_in_order(r...); }, a, b);
 }
+/// The same of a x b.
+template <class V>
+inline V mul_in_order(V a, detail::same_as<V> b) {
+  return detail::map<V>([](auto... r) { return V::Ops::mul_in_order(r...); }, a, b);
+}
 /// a x b + c for operands of which several may be NaNs: the result is then the first of them,
 /// quieted.
 template <class V>
 inline V fma_in_order(V a, detail::same_as<V> b, detail::same_as<V> c) {
   return detail::map<V>([](auto... r) { return V::Ops::fma_in_order(r...); }, a, b, c);
+}
+/// The same of c - a x b.
+template <class V>
+inline V fnma_in_order(V a, detail::same_as<V> b, detail::same_as<V> c) {
+  return detail::map<V>([](auto... r) { return V::Ops::fnma_in_order(r...); }, a, b, c);
 }
 /// a + b in the lanes of the mask, a in the others.
 template <class V>

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <tuple>
 
 #include "frame/vector.h"
 
@@ -100,22 +101,35 @@ TEST(Vocabulary, SquareRootsOfHalves) {
   }
 }
 
-/// Of two NaNs the first operand survives, quieted.
+/// Of several NaNs the first operand survives, quieted.
 template <class T, int N>
-void check_add_in_order(Pattern<T> first, Pattern<T> second) {
+void check_in_order(Pattern<T> first, Pattern<T> second) {
   using V = Vec<T, N>;
   const Pattern<T> quiet = Pattern<T>{1} << (sizeof(T) == 8 ? 51 : sizeof(T) == 4 ? 22 : 9);
   const V a = constant<V>(first), b = constant<V>(second);
-  EXPECT_EQ(lane_of<Pattern<T>>(add_in_order(a, b), 0), first | quiet);
-  EXPECT_EQ(lane_of<Pattern<T>>(add_in_order(b, a), 0), second | quiet);
+  const auto lane = [](V v) { return lane_of<Pattern<T>>(v, 0); };
+  for (const auto& [x, y, nan] : {std::tuple(a, b, first), std::tuple(b, a, second)}) {
+    EXPECT_EQ(lane(add_in_order(x, y)), nan | quiet);
+    EXPECT_EQ(lane(mul_in_order(x, y)), nan | quiet);
+    EXPECT_EQ(lane(fma_in_order(x, y, y)), nan | quiet);
+    EXPECT_EQ(lane(fnma_in_order(x, y, y)), nan | quiet);
+  }
+  const Pattern<T> one = sizeof(T) == 8   ? 0x3FF0000000000000
+                         : sizeof(T) == 4 ? Pattern<T>(0x3F800000)
+                                          : Pattern<T>(0x3C00);
+  const V x = constant<V>(one), two = x + x, three = two + x;
+  EXPECT_EQ(lane(add_in_order(two, x)), lane(three));
+  EXPECT_EQ(lane(mul_in_order(two, three)), lane(three + three));
+  EXPECT_EQ(lane(fma_in_order(two, three, x)), lane(three + two + two));
+  EXPECT_EQ(lane(fnma_in_order(two, x, three)), one);
 }
-TEST(Vocabulary, AdditionInOrderKeepsTheFirstNaN) {
-  check_add_in_order<double, 1>(0xFFF0000000000123, 0x7FF8000000000456);
-  check_add_in_order<double, 16>(0xFFF0000000000123, 0x7FF8000000000456);
-  check_add_in_order<float, 1>(0xFF800123, 0x7FC00456);
-  check_add_in_order<float, 16>(0xFF800123, 0x7FC00456);
-  check_add_in_order<half, 16>(0xFC12, 0x7E45);
-  check_add_in_order<half, 32>(0xFC12, 0x7E45);
+TEST(Vocabulary, OperationsInOrderKeepTheFirstNaN) {
+  check_in_order<double, 1>(0xFFF0000000000123, 0x7FF8000000000456);
+  check_in_order<double, 16>(0xFFF0000000000123, 0x7FF8000000000456);
+  check_in_order<float, 1>(0xFF800123, 0x7FC00456);
+  check_in_order<float, 16>(0xFF800123, 0x7FC00456);
+  check_in_order<half, 16>(0xFC12, 0x7E45);
+  check_in_order<half, 32>(0xFC12, 0x7E45);
 }
 
 TEST(Vocabulary, EstimatesOfReciprocalsAndRoots) {
