@@ -90,7 +90,7 @@ inline Vec<float, N> to_float(Vec<int32_t, N> v) {
       });
 }
 
-// ---- To integers: lanes out of range, infinities and NaNs give 0x80000000 (unsigned: all ones). -
+// ---- To integers: out of range, infinities and NaNs give the least one (unsigned: all ones). ----
 
 template <Rounding mode = rn, int N>
 inline Vec<int32_t, N> to_int32(Vec<double, N> v) {
@@ -119,6 +119,16 @@ inline Vec<uint32_t, N> truncate_to_uint32(Vec<double, N> v) {
   return detail::to_narrow<uint32_t>(
       v, [](__m512d r) { return _mm512_cvtt_roundpd_epu32(r, sae); },
       [](__m128d r) { return _mm_cvtsi32_si128(static_cast<int>(_mm_cvtt_roundsd_u32(r, sae))); });
+}
+
+/// In the caller's rounding mode unless told otherwise.
+template <Rounding mode = Rounding::current, int N>
+inline Vec<int16_t, N> to_int16(Vec<half, N> v) {
+  return Vec<int16_t, N>(Vec<half, N>::Ops::template to_int16<mode>(v.reg));
+}
+template <Rounding mode = Rounding::current, int N>
+inline Vec<uint16_t, N> to_uint16(Vec<half, N> v) {
+  return Vec<uint16_t, N>(Vec<half, N>::Ops::template to_uint16<mode>(v.reg));
 }
 
 // ---- Between integers --------------------------------------------------------------------------

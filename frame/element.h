@@ -27,6 +27,10 @@ struct EncodingOf<uint32_t> {
   using type = int32_t;
 };
 template <>
+struct EncodingOf<uint16_t> {
+  using type = int16_t;
+};
+template <>
 struct EncodingOf<double> {
   using type = int64_t;
 };
@@ -68,6 +72,7 @@ template <class T>
 inline constexpr bool same<T, T> = true;
 
 template <class T>
-inline constexpr bool is_integer = same<T, Encoding<T>> || same<T, uint32_t> || same<T, uint64_t>;
+inline constexpr bool is_integer =
+    same<T, Encoding<T>> || same<T, uint16_t> || same<T, uint32_t> || same<T, uint64_t>;
 
 }  // namespace zorp

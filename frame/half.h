@@ -104,6 +104,14 @@ struct Instructions<half, 16> {
   static Register load_row(const void* row) {
     return _mm256_load_si256(static_cast<const __m256i*>(row));
   }
+  template <Rounding mode>
+  static __m512i to_int16(Register v) {
+    return bits(emulated::to_int16<mode>(v));
+  }
+  template <Rounding mode>
+  static __m512i to_uint16(Register v) {
+    return bits(emulated::to_uint16<mode>(v));
+  }
   static __m512 widen_low(Register v) { return emulated::widen(v); }
   template <Rounding mode>
   static Register narrow(__m512 v) {
@@ -204,6 +212,14 @@ struct Instructions<half, 32> {
   static __m512i bits(Register v) { return v; }
   static Register from_bits(__m512i v) { return v; }
   static Register load_row(const void* row) { return _mm512_load_si512(row); }
+  template <Rounding mode>
+  static __m512i to_int16(Register v) {
+    return join(emulated::to_int16<mode>(low(v)), emulated::to_int16<mode>(high(v)));
+  }
+  template <Rounding mode>
+  static __m512i to_uint16(Register v) {
+    return join(emulated::to_uint16<mode>(low(v)), emulated::to_uint16<mode>(high(v)));
+  }
   static __m512 widen_low(Register v) { return emulated::widen(low(v)); }
   static __m512 widen_high(Register v) { return emulated::widen(high(v)); }
   template <Rounding mode>

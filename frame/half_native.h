@@ -104,6 +104,14 @@ struct Instructions<half, N> {
   static __m512i bits(Register v) { return _mm512_castph_si512(v); }
   static Register from_bits(__m512i v) { return _mm512_castsi512_ph(v); }
   static Register load_row(const void* row) { return _mm512_load_ph(row); }
+  template <Rounding mode>
+  static __m512i to_int16(Register v) {
+    return _mm512_cvt_roundph_epi16(v, embedded<mode>);
+  }
+  template <Rounding mode>
+  static __m512i to_uint16(Register v) {
+    return _mm512_cvt_roundph_epu16(v, embedded<mode>);
+  }
   static __m512 widen_low(Register v) {
     return _mm512_cvtx_roundph_ps(_mm512_castph512_ph256(v), sae);
   }
@@ -221,6 +229,23 @@ struct Instructions<half, 1> {
   static __m128i bits(Register v) { return _mm_castph_si128(v); }
   static Register from_bits(__m128i v) { return _mm_castsi128_ph(v); }
   static Register load_row(const void* row) { return _mm_load_sh(row); }
+  // There is no form for a single lane, and none of 128 bits with a static mode.
+  template <Rounding mode>
+  static __m128i to_int16(Register v) {
+    if constexpr (mode == Rounding::current)
+      return _mm_cvtph_epi16(v);
+    else
+      return _mm512_castsi512_si128(
+          _mm512_cvt_roundph_epi16(_mm512_castph128_ph512(v), embedded<mode>));
+  }
+  template <Rounding mode>
+  static __m128i to_uint16(Register v) {
+    if constexpr (mode == Rounding::current)
+      return _mm_cvtph_epu16(v);
+    else
+      return _mm512_castsi512_si128(
+          _mm512_cvt_roundph_epu16(_mm512_castph128_ph512(v), embedded<mode>));
+  }
   static __m128 widen_low(Register v) { return _mm_cvt_roundsh_ss(_mm_setzero_ps(), v, sae); }
   template <Rounding mode>
   static Register narrow(__m128 v) {

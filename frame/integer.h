@@ -283,5 +283,7 @@ template <int N>
 struct Instructions<uint64_t, N> : Instructions<int64_t, N> {};
 template <int N>
 struct Instructions<uint32_t, N> : Instructions<int32_t, N> {};
+template <int N>
+struct Instructions<uint16_t, N> : Instructions<int16_t, N> {};
 
 }  // namespace zorp

@@ -2,12 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <tuple>
 
-#include "frame/vector.h"
+#include "frame/conversions.h"
 
 namespace zorp {
 namespace {
@@ -130,6 +132,45 @@ TEST(Vocabulary, OperationsInOrderKeepTheFirstNaN) {
   check_in_order<float, 16>(0xFF800123, 0x7FC00456);
   check_in_order<half, 16>(0xFC12, 0x7E45);
   check_in_order<half, 32>(0xFC12, 0x7E45);
+}
+
+template <Rounding mode, int N>
+[[gnu::noinline]] void to_16_bits(const uint16_t* x, int16_t* whole, uint16_t* natural) {
+  const auto v = from_lanes<Vec<half, N>>(x);
+  const auto i = to_int16<mode>(v);
+  const auto u = to_uint16<mode>(v);
+  std::memcpy(whole, &i, 2 * N);
+  std::memcpy(natural, &u, 2 * N);
+}
+/// Of all halves, under each mode of MXCSR; `fixed` is the C library's name of a static mode.
+template <Rounding mode, int N>
+void check_to_16_bits(std::optional<int> fixed = {}) {
+  for (const int caller : {FE_TONEAREST, FE_DOWNWARD, FE_UPWARD, FE_TOWARDZERO})
+    for (int first = 0; first < 0x10000; first += N) {
+      uint16_t x[32], natural[32];
+      int16_t whole[32];
+      for (int i = 0; i < N; ++i) x[i] = uint16_t(first + i);
+      std::fesetround(caller);
+      to_16_bits<mode, N>(x, whole, natural);
+      std::fesetround(fixed.value_or(caller));
+      for (int i = 0; i < N; ++i) {
+        const volatile double value = _cvtsh_ss(x[i]);
+        const double rounded = std::nearbyint(value);
+        const bool fits = rounded >= -32768 && rounded < 32768;
+        const bool fits_unsigned = rounded >= 0 && rounded < 65536;
+        ASSERT_EQ(whole[i], fits ? int(rounded) : -32768) << value << " in mode " << caller;
+        ASSERT_EQ(natural[i], fits_unsigned ? int(rounded) : 65535) << value << ' ' << caller;
+      }
+      std::fesetround(FE_TONEAREST);
+    }
+}
+TEST(Vocabulary, HalvesAreRoundedTo16Bits) {
+  check_to_16_bits<Rounding::current, 16>();
+  check_to_16_bits<Rounding::current, 32>();
+  check_to_16_bits<rn, 16>(FE_TONEAREST);
+  check_to_16_bits<rd, 32>(FE_DOWNWARD);
+  check_to_16_bits<ru, 16>(FE_UPWARD);
+  check_to_16_bits<rz, 32>(FE_TOWARDZERO);
 }
 
 TEST(Vocabulary, EstimatesOfReciprocalsAndRoots) {
