@@ -223,9 +223,7 @@ const std::map<std::string, Description> kDescriptions = {
       "Tables of hyperbolic values or of powers of two, addition theorem for the rest."}},
     {"sinpi", {"Sine of pi x.", "+-infinity: NaN.", "Exact reduction, odd polynomial."}},
     {"sqrt",
-     {"Square root of x.",
-      "-0: itself; x < 0: NaN; +infinity: itself (double _native and _half: NaN for zeros and "
-      "infinities).",
+     {"Square root of x.", "+-0, +infinity: itself; x < 0: NaN.",
       "Hardware root, or a refined reciprocal root estimate."}},
     {"tan",
      {"Tangent of x radians.", "+-0: itself; +-infinity: NaN.",

@@ -6,15 +6,23 @@
 namespace zorp::test {
 namespace {
 
+int reciprocal(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
+  return mpfr_ui_div(result, 1, x, mode);
+}
+
 const Reference kReferences[] = {
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
+    {"div", {mpfr_div}, {{{-4, 4}, {-4, 4}}}},
     {"exp", {mpfr_exp}, {{{-746, 711}, {-105, 90}}}},
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},
     {"exp2", {mpfr_exp2}, {{{-1076, 1025}, {-151, 129}}}},
+    {"inv", {reciprocal}, {{{-4, 4}, {-4, 4}}}},
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
+    {"rsqrt", {mpfr_rec_sqrt}, {{{0, 4}, {0, 4}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
+    {"sqrt", {mpfr_sqrt}, {{{0, 4}, {0, 4}}}},
 };
 
 }  // namespace

@@ -88,12 +88,12 @@ INSTANTIATE_TEST_SUITE_P(, RoundingValues,
                                                         "nearbyint", "round"})),
                          [](const auto& info) { return info.param.name(); });
 
-// ---- fma ---------------------------------------------------------------------------------------
+// ---- fma, and where they are the processor's own div, inv and sqrt -----------------------------
 
 /// Rounds once to an IEEE 754 format.
-class ExactFma {
+class ExactOperation {
  public:
-  explicit ExactFma(Element element) : element_(element) {
+  explicit ExactOperation(Element element) : element_(element) {
     const Format& f = format(element);
     const int bias = (1 << (f.exponent_bits - 1)) - 1;
     mpfr_set_emax(bias + 1);
@@ -101,18 +101,20 @@ class ExactFma {
     mpfr_init2(result_, f.mantissa_bits + 1);
     for (auto& operand : operands_) mpfr_init2(operand, 53);
   }
-  ExactFma(const ExactFma&) = delete;
-  ~ExactFma() {
+  ExactOperation(const ExactOperation&) = delete;
+  ~ExactOperation() {
     mpfr_clear(result_);
     for (auto& operand : operands_) mpfr_clear(operand);
     mpfr_set_emax(mpfr_get_emax_max());
     mpfr_set_emin(mpfr_get_emin_min());
   }
 
-  Bits operator()(const Tuple& x) {
+  /// `operation` has the arguments of an MPFR function: result, operands, mode.
+  template <class Operation>
+  Bits operator()(const Tuple& x, Operation operation, mpfr_rnd_t mode = MPFR_RNDN) {
     for (int i = 0; i < 3; ++i) mpfr_set_d(operands_[i], value(element_, x[i]), MPFR_RNDN);
-    const int inexact = mpfr_fma(result_, operands_[0], operands_[1], operands_[2], MPFR_RNDN);
-    mpfr_subnormalize(result_, inexact, MPFR_RNDN);
+    const int inexact = operation(result_, operands_, mode);
+    mpfr_subnormalize(result_, inexact, mode);
     return encode(element_, mpfr_get_d(result_, MPFR_RNDN));
   }
 
@@ -139,11 +141,14 @@ TEST_P(FmaValues, AreRoundedOnce) {
   for (std::size_t i = 0; i < size; ++i)
     operands.push_back({a[i] & ~Bits{7}, f.one() | (i & 7), (b[i] & f.sign()) | (i % f.one())});
 
-  ExactFma exact(element);
+  const auto fma = [](mpfr_ptr result, mpfr_t* x, mpfr_rnd_t mode) {
+    return mpfr_fma(result, x[0], x[1], x[2], mode);
+  };
+  ExactOperation exact(element);
   expect_exactly(GetParam(), operands, [&](const Tuple& x, int, Bits result) {
     for (Bits operand : x)
       if (f.is_nan(operand)) return result == (operand | f.quiet_bit());  // the first of them
-    const Bits expected = exact(x);
+    const Bits expected = exact(x, fma);
     return f.is_nan(expected) ? f.is_quiet_nan(result) : result == expected;
   });
 }
@@ -163,6 +168,67 @@ TEST_P(FmaValues, HaveZerosBehindFewHalves) {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(FmaValues);
 INSTANTIATE_TEST_SUITE_P(, FmaValues, testing::ValuesIn(variants_of({"fma"})),
+                         [](const auto& info) { return info.param.name(); });
+
+mpfr_rnd_t mpfr_mode(int environment) {
+  return environment == FE_DOWNWARD     ? MPFR_RNDD
+         : environment == FE_UPWARD     ? MPFR_RNDU
+         : environment == FE_TOWARDZERO ? MPFR_RNDZ
+                                        : MPFR_RNDN;
+}
+
+class ProcessorValues : public testing::TestWithParam<Variant> {};
+
+TEST_P(ProcessorValues, AreRoundedOnce) {
+  const Element element = GetParam().element;
+  const Lane lane = lane_of(element);
+  const Format& f = format(element);
+  const std::string& family = GetParam().family->name;
+  std::vector<Tuple> operands;
+  if (family == "div") {
+    operands = operand_pool({lane, lane}, GetParam().trapped() ? 1 << 13 : 1 << 16);
+    // Quotients next to a number, to the middle of two, and to the subnormals' ends.
+    const std::vector<Bits> b = every_exponent(lane, 1), random = random_bits(lane, 1 << 13, 2);
+    for (std::size_t i = 0; i < random.size(); ++i) {
+      const Bits divisor = b[i % b.size()];
+      const double dividend = value(element, divisor) * value(element, random[i]);
+      operands.push_back({encode(element, dividend) + i % 3 - 1, divisor});
+      operands.push_back({f.magnitude(random[i]) % (4 * f.min_normal()), divisor | 7});
+    }
+  } else if (element == Element::f16) {
+    for (Bits bits = 0; bits < 1 << 16; ++bits) operands.push_back({bits});
+  } else {
+    operands = operand_pool({lane}, 1 << 16);
+  }
+  const auto operation = [&](mpfr_ptr result, mpfr_t* x, mpfr_rnd_t mode) {
+    if (family == "div") return mpfr_div(result, x[0], x[1], mode);
+    if (family == "inv") return mpfr_ui_div(result, 1, x[0], mode);
+    return mpfr_sqrt(result, x[0], mode);
+  };
+  // Half rounds in the caller's mode, double to nearest.
+  ExactOperation exact(element);
+  expect_exactly(GetParam(), operands, [&](const Tuple& x, int mode, Bits result) {
+    for (Bits operand : x)
+      if (f.is_nan(operand)) return result == (operand | f.quiet_bit());  // the first of them
+    const Bits expected =
+        exact(x, operation, element == Element::f16 ? mpfr_mode(mode) : MPFR_RNDN);
+    return f.is_nan(expected) ? f.is_quiet_nan(result) : result == expected;
+  });
+}
+
+std::vector<Variant> variants_rounded_once() {
+  std::vector<Variant> list;
+  for (const Variant& variant : variants_of({"div", "inv", "sqrt"})) {
+    const bool is_inv = variant.family->name == "inv", is_half = variant.element == Element::f16;
+    if (is_half ? variant.family->name == "div" || (is_inv && variant.tier == Tier::standard)
+                : !is_inv && variant.element == Element::f64 && variant.tier == Tier::standard)
+      list.push_back(variant);
+  }
+  return list;
+}
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ProcessorValues);
+INSTANTIATE_TEST_SUITE_P(, ProcessorValues, testing::ValuesIn(variants_rounded_once()),
                          [](const auto& info) { return info.param.name(); });
 
 }  // namespace

@@ -59,6 +59,7 @@ struct ValueTable {
 };
 
 // One function a file; values_test.cpp lists them.
+std::vector<ValueTable> arithmetic_values();
 std::vector<ValueTable> conversion_values();
 std::vector<ValueTable> exponential_values();
 std::vector<ValueTable> hyperbolic_values();
