@@ -105,6 +105,12 @@ inline Vec<int32_t, N> to_int32(Vec<float, N> v) {
       [](__m128 r) { return _mm_cvtsi32_si128(_mm_cvt_roundss_i32(r, embedded<mode>)); });
 }
 template <Rounding mode = rn, int N>
+inline Vec<int64_t, N> to_int64(Vec<double, N> v) {
+  return detail::to_same_size<int64_t>(
+      v, [](__m512d r) { return _mm512_cvt_roundpd_epi64(r, embedded<mode>); },
+      [](__m128d r) { return _mm_cvtsi64_si128(_mm_cvt_roundsd_i64(r, embedded<mode>)); });
+}
+template <Rounding mode = rn, int N>
 inline Vec<int32_t, N> to_int32(Vec<half, N> v) {
   return to_int32<mode>(widen(v));
 }

@@ -21,8 +21,11 @@ FORMATS = {"double": (64, 52, 1023), "float": (32, 23, 127), "half": (16, 10, 15
 
 
 def encode(value, element):
-    """The bit pattern of the element nearest to an exact value (normal numbers and zero only)."""
+    """The bit pattern of the element nearest to an exact value (normal numbers and zero only); a
+    decimal -0 keeps its sign."""
     bits, fraction, bias = FORMATS[element]
+    if isinstance(value, Decimal) and value.is_zero() and value.is_signed():
+        return 1 << (bits - 1)
     value = Fraction(value)
     if value == 0:
         return 0
@@ -212,10 +215,43 @@ def log_tables():
     return header("Tables of logarithms of short reciprocals.", tables)
 
 
+def tanpi_tables():
+    def tangents(n):
+        """tan(pi j/n) for j below n/4, by halving the angle and adding it up."""
+        cosine, sine = Decimal(0), Decimal(1)
+        for _ in range(n.bit_length() - 2):
+            cosine, sine = ((1 + cosine) / 2).sqrt(), ((1 - cosine) / 2).sqrt()
+        c, s, result = Decimal(1), Decimal(0), []
+        for _ in range(n // 4):
+            result.append(Fraction(s / c))
+            c, s = c * cosine - s * sine, s * cosine + c * sine
+        return result
+
+    tables = []
+    for n, element in ((16, "double"), (32, "float")):
+        small = tangents(n)
+        falling = [-t for t in reversed(small[1:])]
+        middle = [Fraction(-1), *falling, Decimal("-0"), *small[1:]]
+        tables.append(
+            table(
+                f"tanpi_{element}_{n}",
+                element,
+                [*small, *middle, Fraction(-1), *falling],
+                f"tan(pi j/{n}), but tan(pi (j/{n} - 1/2)) for {n // 4} <= j < {3 * n // 4}",
+            )
+        )
+        signs = [Decimal("-0") if n // 4 <= j < 3 * n // 4 else 0 for j in range(n)]
+        tables.append(
+            table(f"tanpi_turned_{element}_{n}", element, signs, "-0 for these, +0 elsewhere")
+        )
+    return header("Tables of the tangent of multiples of pi/n.", tables)
+
+
 FILES = {
     "exp/exp_tables.h": exp_tables,
     "exp/hyperbolic_tables.h": hyperbolic_tables,
     "log/log_tables.h": log_tables,
+    "trig/tanpi_tables.h": tanpi_tables,
 }
 
 

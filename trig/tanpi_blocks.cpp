@@ -1,0 +1,87 @@
+// The constants of tanpi.
+#include "trig/tanpi.h"
+#include "trig/tanpi_tables.h"
+
+namespace zorp {
+extern "C" {
+
+// tan(pi f) / f on |f| <= 1/32, in powers of f^2.
+const TanpiDoubleBlock __zorp_dtanpi_data_avx512 = {
+    .tangent = tanpi_double_16,
+    .turned = tanpi_turned_double_16,
+    .absmask = 0x7FFFFFFFFFFFFFFF,
+    .shift = 0x42F8000000000000,  // 1.5 x 2^48: unit 1/16
+    .zero = 0,
+    .one = 0x3FF0000000000000,
+    .infinity = 0x7FF0000000000000,
+    .t0 = 0x400921FB54442D18,
+    .t1 = 0x4024ABBCE625BF0C,
+    .t2 = 0x404466BC676D354B,
+    .t3 = 0x40645FFFBF5870D4,
+    .t4 = 0x40845F01BAC0427A,
+    .t5 = 0x40A49CC66021FBBC,
+};
+
+// The same with fewer terms.
+const TanpiDoubleShortBlock __zorp_dtanpi_native_data_avx512 = {
+    .tangent = tanpi_double_16,
+    .turned = tanpi_turned_double_16,
+    .absmask = 0x7FFFFFFFFFFFFFFF,
+    .shift = 0x42F8000000000000,
+    .zero = 0,
+    .one = 0x3FF0000000000000,
+    .infinity = 0x7FF0000000000000,
+    .t0 = 0x400921FB544403F3,
+    .t1 = 0x4024ABBCEB4917AB,
+    .t2 = 0x404466A2BE6CE851,
+    .t3 = 0x406488F9058844E9,
+};
+
+// tan(pi f) / f on |f| <= 1/64, in powers of f^2.
+const TanpiFloatBlock __zorp_stanpi_data_avx512 = {
+    .tangent = tanpi_float_32,
+    .turned = tanpi_turned_float_32,
+    .absmask = 0x7FFFFFFF,
+    .shift = 0x48C00000,  // 1.5 x 2^18: unit 1/32
+    .zero = 0,
+    .one = 0x3F800000,
+    .infinity = 0x7F800000,
+    .t0 = 0x40490FDB,
+    .t1 = 0x4125558B,
+    .t2 = 0x42242B8C,
+};
+
+// The same with fewer terms.
+const TanpiFloatShortBlock __zorp_stanpi_native_data_avx512 = {
+    .tangent = tanpi_float_32,
+    .turned = tanpi_turned_float_32,
+    .absmask = 0x7FFFFFFF,
+    .shift = 0x48C00000,
+    .zero = 0,
+    .one = 0x3F800000,
+    .infinity = 0x7F800000,
+    .t0 = 0x40490FC6,
+    .t1 = 0x412601C1,
+};
+
+// tan(pi f) / f - 1 on |f| <= 1/4, in powers of f^2.
+const TanpiHalfBlock __zorp_htanpi_data = {
+    .absmask = 0x7FFF,
+    .two = 0x4000,
+    .u0 = 0x40090D95,
+    .u1 = 0x41267B99,
+    .u2 = 0x420DF6AE,
+    .u3 = 0x438E26A7,
+};
+
+// The same with fewer terms.
+const TanpiHalfShortBlock __zorp_htanpi_native_data = {
+    .absmask = 0x7FFF,
+    .two = 0x4000,
+    .u0 = 0x4049,
+    .u1 = 0x48E6,
+    .u2 = 0x53BE,
+};
+
+}  // extern "C"
+}  // namespace zorp
