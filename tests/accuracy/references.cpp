@@ -12,6 +12,7 @@ int reciprocal(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
 
 const Reference kReferences[] = {
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
+    {"cospi", {mpfr_cospi}, {{{-2, 2}, {-2, 2}}}},
     {"div", {mpfr_div}, {{{-4, 4}, {-4, 4}}}},
     {"exp", {mpfr_exp}, {{{-746, 711}, {-105, 90}}}},
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},
@@ -22,7 +23,9 @@ const Reference kReferences[] = {
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
     {"rsqrt", {mpfr_rec_sqrt}, {{{0, 4}, {0, 4}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
+    {"sinpi", {mpfr_sinpi}, {{{-2, 2}, {-2, 2}}}},
     {"sqrt", {mpfr_sqrt}, {{{0, 4}, {0, 4}}}},
+    {"tanpi", {mpfr_tanpi}, {{{-2, 2}, {-2, 2}}}},
 };
 
 }  // namespace
