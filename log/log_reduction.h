@@ -49,8 +49,8 @@ struct UpperReciprocalReduction {
   }
 };
 
-/// c = 1/x, rounded to bits_of_c fraction bits by an integer addition that carries into the exponent:
-/// x = (1 + r) / c, whatever the magnitude of x. The fraction of c indexes a table.
+/// c = 1/x, rounded to bits_of_c fraction bits by an integer addition that carries into the
+/// exponent: x = (1 + r) / c, whatever the magnitude of x. The fraction of c indexes a table.
 template <int bits_of_c, class V>
 struct RoundedReciprocal {
   V c;
