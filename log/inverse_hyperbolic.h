@@ -122,6 +122,19 @@ inline V horner(V x, const First& first, const Rest&... rest) {
   return p;
 }
 
+template <class V>
+struct Two {
+  V first, second;
+};
+
+/// The same for two arguments side by side: a coefficient is needed only once.
+template <class V, class First, class... Rest>
+inline Two<V> horner(Two<V> x, const First& first, const Rest&... rest) {
+  Two<V> p = {first, first};
+  ((p = {fma(p.first, x.first, rest), fma(p.second, x.second, rest)}), ...);
+  return p;
+}
+
 /// asinh(sqrt q) / sqrt q - 1 for small q.
 template <int N, class Block>
 inline Vec<double, N> near_series(Vec<double, N> q, const Block& k) {
@@ -168,22 +181,22 @@ inline Vec<float, N> log_series(Vec<float, N>, const AsinhFloatShortBlock& k) {
   return k.a2;
 }
 
-/// log(1 + r) / r.
-template <int N>
-inline Vec<double, N> log_quotient(Vec<double, N> r, const AtanhDoubleBlock& k) {
+/// log(1 + r) / r, twice.
+template <class V>
+inline Two<V> log_quotients(Two<V> r, const AtanhDoubleBlock& k) {
   return horner(r, k.c9, k.c8, k.c7, k.c6, k.c5, k.c4, k.c3, k.c2, k.c1);
 }
-template <int N>
-inline Vec<double, N> log_quotient(Vec<double, N> r, const AtanhDoubleShortBlock& k) {
+template <class V>
+inline Two<V> log_quotients(Two<V> r, const AtanhDoubleShortBlock& k) {
   return horner(r, k.a5, k.a4, k.a3, k.a2, k.a1);
 }
-template <int N>
-inline Vec<float, N> log_quotient(Vec<float, N> r, const AtanhFloatBlock& k) {
+template <class V>
+inline Two<V> log_quotients(Two<V> r, const AtanhFloatBlock& k) {
   return horner(r, k.c4, k.c3, k.c2, k.c1);
 }
-template <int N>
-inline Vec<float, N> log_quotient(Vec<float, N> r, const AtanhFloatShortBlock& k) {
-  return fma(r, k.a2, k.a1);
+template <class V>
+inline Two<V> log_quotients(Two<V> r, const AtanhFloatShortBlock& k) {
+  return horner(r, k.a2, k.a1);
 }
 
 /// The reciprocal that the logarithms take: its fraction fills a table of 16 doubles or 32 floats.
@@ -430,34 +443,37 @@ struct Atanh {
   /// 1 + a and 1 - a for a = |x|: their rounded reciprocals and what these leave.
   template <class V>
   struct Sides {
-    V a, rp, rm;
+    Mask<V::lanes> special;
+    Two<V> r;
     V d;                              // the difference of the exponents
     decltype(bits(V())) plus, minus;  // indices of the reciprocals
 
     template <class Block>
     Sides(V x, const Block& k) {
       const V one = k.one;
-      a = x & k.absmask;
+      const V a = x & k.absmask;
+      special = not_below(a, one);
       const V p = a + one, m = one - a;
       const V p_rest = a - (p - one), m_rest = a + (m - one);  // 1 + a - p, m - (1 - a)
       const LogReciprocal<V> cp(p, k), cm(m, k);
-      rp = fma(cp.c, p_rest, fms(p, cp.c, one));
-      rm = fnma(cm.c, m_rest, fms(m, cm.c, one));
+      r = {fma(cp.c, p_rest, fms(p, cp.c, one)), fnma(cm.c, m_rest, fms(m, cm.c, one))};
       d = exponent(cm.c) - exponent(cp.c);
       plus = cp.index;
       minus = cm.index;
     }
 
-    /// v + log(1 + rp) - log(1 + rm)
+    /// v + log(1 + r.first) - log(1 + r.second)
     template <class Block>
     V with_series(V v, const Block& k) const {
-      return fnma(rm, log_quotient(rm, k), fma(log_quotient(rp, k), rp, v));
+      const auto quotient = log_quotients(r, k);
+      return fnma(r.second, quotient.second, fma(quotient.first, r.first, v));
     }
 
     /// v / 2 with the sign of x.
     template <class Block>
     Outcome<V> result(V x, V v, const Block& k) const {
-      return {v * ternary_logic<0xBE>(a, x, k.half), not_below(a, k.one)};
+      constexpr int outside_or = 0xBA;  // (a & ~b) | c
+      return {v * ternary_logic<outside_or>(x, k.absmask, k.half), special};
     }
   };
 };
