@@ -7,12 +7,16 @@ namespace zorp::test {
 namespace {
 
 const Reference kReferences[] = {
+    {"acosh", {mpfr_acosh}, {{{1, 4}, {1, 4}}}},
+    {"asinh", {mpfr_asinh}, {{{-4, 4}, {-4, 4}}}},
+    {"atanh", {mpfr_atanh}, {{{-1, 1}, {-1, 1}}}},
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
     {"exp", {mpfr_exp}, {{{-746, 711}, {-105, 90}}}},
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},
     {"exp2", {mpfr_exp2}, {{{-1076, 1025}, {-151, 129}}}},
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
+    {"log1p", {mpfr_log1p}, {{{-1, 4}, {-1, 4}}}},
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
 };

@@ -62,6 +62,7 @@ struct ValueTable {
 std::vector<ValueTable> conversion_values();
 std::vector<ValueTable> exponential_values();
 std::vector<ValueTable> hyperbolic_values();
+std::vector<ValueTable> inverse_hyperbolic_values();
 std::vector<ValueTable> logarithm_values();
 std::vector<ValueTable> integer_division_values();
 std::vector<ValueTable> rounding_values();
