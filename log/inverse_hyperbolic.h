@@ -222,7 +222,7 @@ inline HighLow<V> square_root(V s, const Block& k, L... l) {
   return {g, fma(g * h, root_series(h, k), e)};
 }
 
-/// larger + smaller + low, where low is small beside both.
+/// larger + smaller + low, where low is small beside the sum.
 template <class V>
 inline HighLow<V> sum_of(V larger, V smaller, V low) {
   const V sum = larger + smaller;
@@ -231,7 +231,7 @@ inline HighLow<V> sum_of(V larger, V smaller, V low) {
   return {high, (low - (high - sum)) + rest};
 }
 
-/// log y; in the lanes of `big`, log(16 y.high).
+/// log y; in the lanes of `big`, where y.low must be zero, log(16 y).
 template <class V, class Block>
 inline V log_of(HighLow<V> y, Mask<V::lanes> big, const Block& k) {
   const LogReciprocal<V> a(y.high, k);
@@ -253,6 +253,14 @@ inline V log_of(V y, Mask<V::lanes> big, const Block& k) {
   return h + fma(log_series(r, k), r * r, r);
 }
 
+/// log x + g, for half.
+template <class V, class Block>
+inline V log_plus(V x, V g, const Block& k) {
+  const CentredReduction<V> a(x, k);
+  const V v = horner(a.z, k.r4, k.r3, k.r2, k.r1);
+  return fma(a.d, k.ln2, fma(v, a.z, g));
+}
+
 /// not a < b: true for NaNs.
 template <class V>
 inline Mask<V::lanes> not_below(V a, detail::same_as<V> b) {
@@ -271,6 +279,7 @@ struct Asinh {
       const V a = x & k.absmask;
       const V q = x * x;
       const V s = q + one;
+      // What s leaves of x^2 + 1: the errors of sum and square, each exact.
       const V l = (min(one, q) - (s - max(one, q))) + fms(x, x, q);
       const auto root = square_root(s, k, l);
       auto y = sum_of(root.high, a, root.low);
@@ -302,11 +311,7 @@ struct Asinh {
     const V near = fma(horner(a, k.p4, k.p3, k.p2, k.p1), a, a);
     // log(1 + sqrt(1 + 1/a^2))
     const V g = horner(reciprocal11(a), k.q3, k.q2, k.q1, k.q0);
-    const CentredReduction<V> m(a, k);
-    V v = horner(m.z, k.r4, k.r3, k.r2, k.r1);
-    v = fma(v, m.z, g);
-    const V far = fma(m.d, k.ln2, v);
-    return select(not_below(a, k.one), far, near) ^ x ^ a;
+    return select(not_below(a, k.one), log_plus(a, g, k), near) ^ x ^ a;
   }
 
  private:
@@ -394,11 +399,7 @@ struct Acosh {
     const V near = horner(t, k.n2, k.n1, k.n0) * estimated_root(t);
     // log(1 + sqrt(1 - 1/x^2))
     const V g = horner(estimated_reciprocal(x), k.q2, k.q1, k.q0);
-    const CentredReduction<V> m(x, k);
-    V v = horner(m.z, k.r4, k.r3, k.r2, k.r1);
-    v = fma(v, m.z, g);
-    const V far = fma(m.d, k.ln2, v);
-    return select(not_below(x, k.two), far, near);
+    return select(not_below(x, k.two), log_plus(x, g, k), near);
   }
 };
 
