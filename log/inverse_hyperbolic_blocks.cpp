@@ -6,10 +6,10 @@
 namespace zorp {
 namespace {
 
-constexpr uint64_t kSmallDouble = 0x3F70000000000000;      // asinh: |x| < 2^-8
-constexpr uint64_t kSmallDoubleRoot = 0x3EF0000000000000;  // acosh: x^2 - 1 < 2^-16
-constexpr uint64_t kSmallFloat = 0x3C800000;               // asinh: |x| < 2^-6
-constexpr uint64_t kSmallFloatRoot = 0x39800000;           // acosh: x^2 - 1 < 2^-12
+constexpr uint64_t asinh_double_bound = 0x3F70000000000000;  // |x| < 2^-8
+constexpr uint64_t acosh_double_bound = 0x3EF0000000000000;  // x^2 - 1 < 2^-16
+constexpr uint64_t asinh_float_bound = 0x3C800000;           // |x| < 2^-6
+constexpr uint64_t acosh_float_bound = 0x39800000;           // x^2 - 1 < 2^-12
 
 constexpr AsinhDoubleBlock double_block(uint64_t small) {
   return {
@@ -127,14 +127,16 @@ constexpr AsinhFloatShortBlock float_short_block(uint64_t small) {
 
 extern "C" {
 
-const AsinhDoubleBlock __zorp_dasinh_data_avx512 = double_block(kSmallDouble);
-const AsinhDoubleBlock __zorp_dacosh_data_avx512 = double_block(kSmallDoubleRoot);
-const AsinhDoubleShortBlock __zorp_dasinh_native_data_avx512 = double_short_block(kSmallDouble);
-const AsinhDoubleShortBlock __zorp_dacosh_native_data_avx512 = double_short_block(kSmallDoubleRoot);
-const AsinhFloatBlock __zorp_sasinh_data_avx512 = float_block(kSmallFloat);
-const AsinhFloatBlock __zorp_sacosh_data_avx512 = float_block(kSmallFloatRoot);
-const AsinhFloatShortBlock __zorp_sasinh_native_data_avx512 = float_short_block(kSmallFloat);
-const AsinhFloatShortBlock __zorp_sacosh_native_data_avx512 = float_short_block(kSmallFloatRoot);
+const AsinhDoubleBlock __zorp_dasinh_data_avx512 = double_block(asinh_double_bound);
+const AsinhDoubleBlock __zorp_dacosh_data_avx512 = double_block(acosh_double_bound);
+const AsinhDoubleShortBlock __zorp_dasinh_native_data_avx512 =
+    double_short_block(asinh_double_bound);
+const AsinhDoubleShortBlock __zorp_dacosh_native_data_avx512 =
+    double_short_block(acosh_double_bound);
+const AsinhFloatBlock __zorp_sasinh_data_avx512 = float_block(asinh_float_bound);
+const AsinhFloatBlock __zorp_sacosh_data_avx512 = float_block(acosh_float_bound);
+const AsinhFloatShortBlock __zorp_sasinh_native_data_avx512 = float_short_block(asinh_float_bound);
+const AsinhFloatShortBlock __zorp_sacosh_native_data_avx512 = float_short_block(acosh_float_bound);
 
 const AsinhHalfBlock __zorp_hasinh_data = {
     .one = 0x3C00,

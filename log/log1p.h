@@ -90,6 +90,7 @@ struct Log1p {
       v = fma(v, q, r);
       v = lookup(k.t, a.index) + v;
       v = fma(a.e, k.ln2, v);
+      // For a zero, negative or NaN sum r is a NaN; at +infinity the scale has turned a NaN into 0.
       return Outcome<V>{ternary_logic<or_masked>(v, x, k.sign), compare<_CMP_UNORD_Q>(r, r)};
     }
   }
