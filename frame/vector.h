@@ -232,6 +232,14 @@ inline V add_where(Mask<V::lanes> mask, V a, detail::same_as<V> b) {
   else
     return V(V::Ops::template add_where<rn>(mask.bits, a.reg, b.reg));
 }
+/// a - b in the lanes of the mask, a in the others.
+template <class V>
+inline V sub_where(Mask<V::lanes> mask, V a, detail::same_as<V> b) {
+  if constexpr (V::paired)
+    return V(sub_where(mask.low(), a.lo, b.lo), sub_where(mask.high(), a.hi, b.hi));
+  else
+    return V(V::Ops::template sub_where<rn>(mask.bits, a.reg, b.reg));
+}
 
 // ---- Parts of a number, estimates, minimum and maximum. ----------------------------------------
 

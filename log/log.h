@@ -186,12 +186,8 @@ struct Log {
     using V = Vec<float, N>;
     if constexpr (tier == Tier::standard) {
       const auto& k = rows(__zorp_sln_data_avx512);
-      // c is 1/x, rounded to four fraction bits by an integer addition that carries into the
-      // exponent: x = (1 + r) / c, whatever the magnitude of x.
-      const auto encoding = (bits(reciprocal14(x)) + k.round) & k.mask;
-      const V c = from_bits<float>(encoding);
+      const auto [c, j] = RoundedReciprocal<4, V>(x, k);
       const auto special = classify<0xFF>(c);
-      const auto j = shift_right<19>(encoding);
       const V e = exponent(c);
       const V r = fms(c, x, k.one);  // exact
       const V h = fnma(e, k.ln2hi, lookup(k.ah, j));

@@ -17,13 +17,13 @@ namespace zorp {
 /// and nothing cancels there. The top of c's fraction indexes a table of 2^(bits-1) values -log c'.
 template <int bits_of_c, class V>
 struct ReciprocalReduction {
-  V e, r;
+  V c, e, r;
   decltype(bits(V())) index;
 
   template <class Block>
   ReciprocalReduction(V x, const Block& k) {
     const V m = significand<0x08>(x);
-    const V c = round_scale<bits_of_c << 4 | 0x08>(reciprocal14(m));
+    c = round_scale<bits_of_c << 4 | 0x08>(reciprocal14(m));
     e = add_where(compare<_CMP_LT_OQ>(c, k.three_quarters), exponent(x), k.one);
     r = fms(m, c, k.one);  // exact
     index = shift_right<52 - (bits_of_c - 1)>(bits(c));
@@ -46,6 +46,21 @@ struct UpperReciprocalReduction {
     d = exponent(x) - exponent(c);
     r = fms(c, m, k.one);
     index = shift_right<23 - bits_of_c>(bits(c));
+  }
+};
+
+/// c = 1/x, rounded to bits_of_c fraction bits by an integer addition that carries into the
+/// exponent: x = (1 + r) / c, whatever the magnitude of x. The fraction of c indexes a table.
+template <int bits_of_c, class V>
+struct RoundedReciprocal {
+  V c;
+  decltype(bits(V())) index;
+
+  template <class Block>
+  RoundedReciprocal(V x, const Block& k) {
+    const auto encoding = (bits(reciprocal14(x)) + k.round) & k.mask;
+    c = from_bits<typename V::Element>(encoding);
+    index = shift_right<(same<typename V::Element, double> ? 52 : 23) - bits_of_c>(encoding);
   }
 };
 

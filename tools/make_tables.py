@@ -11,6 +11,7 @@ rational arithmetic.
 import sys
 from decimal import Decimal, getcontext
 from fractions import Fraction
+from math import copysign
 from pathlib import Path
 
 getcontext().prec = 80
@@ -24,11 +25,9 @@ def encode(value, element):
     """The bit pattern of the element nearest to an exact value (normal numbers and zero only); a
     decimal -0 keeps its sign."""
     bits, fraction, bias = FORMATS[element]
-    if isinstance(value, Decimal) and value.is_zero() and value.is_signed():
-        return 1 << (bits - 1)
-    value = Fraction(value)
     if value == 0:
-        return 0
+        return 1 << (bits - 1) if copysign(1, value) < 0 else 0
+    value = Fraction(value)
     sign, value = (1 << (bits - 1), -value) if value < 0 else (0, value)
     exponent = 0
     while value >= Fraction(2) ** (exponent + 1):
@@ -191,10 +190,10 @@ def log_tables():
         log = logs[base]
         return [log(Fraction(first)) - log(Fraction(n + j, n)) for j in range(n)]
 
-    def parts(name, element, values, bits, what):
-        """High part, a multiple of 2^-bits, and what it leaves."""
+    def parts(name, element, values, bits, what, zero=0):
+        """High part, a multiple of 2^-bits, and what it leaves, where that is zero as `zero`."""
         high = [Fraction(round(v * 2**bits), 2**bits) for v in values]
-        rest = [v - h for v, h in zip(values, high)]
+        rest = [v - h or zero for v, h in zip(values, high)]
         n = len(values)
         return [
             table(f"{name}_high_{element}_{n}", element, high, f"{what}: in units of 2^-{bits}"),
@@ -212,6 +211,21 @@ def log_tables():
     for base in ("log2", "log10"):
         what = f"{base} 2 - {base} c, c = 1 + j/32"
         tables += parts(base, "float", above_one(base, 32, 2), 14, what)
+
+    what = "-ln c, c = (16+j)/32, doubled below 3/4"
+    tables += parts("ln", "double", below_one("ln", 16), 40, what)
+    tables.append(table("ln_double_16", "double", below_one("ln", 16), f"{what}: rounded"))
+    tables += parts("ln", "float", above_one("ln", 32, 2), 15, "-ln c, c = (32+j)/64")
+    for element, n, bits in (("double", 16, 40), ("float", 32, 13)):
+        values = above_one("ln", n, 1)
+        what = f"-ln c, c = 1 + j/{n}"
+        zero = -0.0 if element == "float" else 0
+        tables += parts("ln_unit", element, values, bits, what, zero)
+        tables.append(table(f"ln_unit_{element}_{n}", element, values, f"{what}: rounded"))
+        opposite, what = [-v for v in values], f"ln c, c = 1 + j/{n}"
+        tables += parts("ln_plus", element, opposite, bits - 1, what)
+        tables.append(table(f"ln_plus_{element}_{n}", element, opposite, f"{what}: rounded"))
+    tables.append(table("ln_triples_float_65", "float", ln_triples(ln), LN_TRIPLES))
     return header("Tables of logarithms of short reciprocals.", tables)
 
 
@@ -245,6 +259,20 @@ def tanpi_tables():
             table(f"tanpi_turned_{element}_{n}", element, signs, "-0 for these, +0 elsewhere")
         )
     return header("Tables of the tangent of multiples of pi/n.", tables)
+LN_TRIPLES = "r = 1 / (1 + i/64) in units of 2^-7, 18 bits of -ln r and what they leave, i = 0..64"
+
+
+def ln_triples(ln):
+    entries = []
+    for i in range(65):
+        r = Fraction(round(Fraction(128 * 64, 64 + i)), 128)
+        value = -ln(r)
+        unit = Fraction(1)
+        while value and value < unit * 2**17:
+            unit /= 2
+        high = int(value / unit) * unit
+        entries += [r, high, value - high]
+    return entries
 
 
 FILES = {

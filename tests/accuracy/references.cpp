@@ -11,6 +11,9 @@ int reciprocal(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
 }
 
 const Reference kReferences[] = {
+    {"acosh", {mpfr_acosh}, {{{1, 4}, {1, 4}}}},
+    {"asinh", {mpfr_asinh}, {{{-4, 4}, {-4, 4}}}},
+    {"atanh", {mpfr_atanh}, {{{-1, 1}, {-1, 1}}}},
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
     {"cospi", {mpfr_cospi}, {{{-2, 2}, {-2, 2}}}},
     {"div", {mpfr_div}, {{{-4, 4}, {-4, 4}}}},
@@ -20,6 +23,7 @@ const Reference kReferences[] = {
     {"inv", {reciprocal}, {{{-4, 4}, {-4, 4}}}},
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
+    {"log1p", {mpfr_log1p}, {{{-1, 4}, {-1, 4}}}},
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
     {"rsqrt", {mpfr_rec_sqrt}, {{{0, 4}, {0, 4}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},

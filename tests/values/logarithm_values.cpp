@@ -1,4 +1,5 @@
-// log, log2, log10: special values, exact powers, the neighbours of 1.
+// log, log2, log10, log1p: special values, exact powers, the neighbours of 1, the ends of the
+// range.
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -81,8 +82,41 @@ ValueTable log10_values() {
   return table;
 }
 
+ValueTable log1p_values() {
+  ValueTable table{"log1p", {}};
+  table.everywhere(0.0, 0.0);
+  table.everywhere(-0.0, -0.0);
+  table.everywhere(-1.0, -kInfinity);
+  table.everywhere(kInfinity, kInfinity);
+  table.nans_are_kept();
+  for (Element element : kElements) {
+    const Format& f = format(element);
+    // The NaN outside the domain has a sign in half alone.
+    const Bits sign = element == Element::f16 ? f.sign() : 0;
+    for (Bits magnitude : {f.one() + 1, f.max_finite(), f.infinity()})
+      table.add(element, kAllTiers, f.sign() | magnitude, exactly(sign | f.quiet_nan()));
+    for (Bits sign : {Bits{0}, f.sign()})
+      for (Bits tiny : {f.min_subnormal(), f.min_normal() - 1, f.min_normal(), f.min_normal() + 1})
+        table.add(element, kAllTiers, sign | tiny, exactly(sign | tiny));
+    // The last operand above -1 gives a sum of one bit.
+    table.add(element, kStandardTier, f.sign() | (f.one() - 1),
+              exactly(encode(element, -(f.mantissa_bits + 1) * std::numbers::ln2)));
+  }
+  // From 2^53 on the sum of double loses the 1, here its whole weight.
+  table.at(Element::f64, kStandardTier, 0x1p53, exactly(encode(Element::f64, std::log(0x1p53))));
+  // The faster float tier hands large operands over: for each entry of its table one below the
+  // middle of the interval, and where the interval ends.
+  for (int i = 0; i < 128; ++i) {
+    const double x = std::ldexp(1 + i / 128.0, 127);
+    table.at(Element::f32, kAllTiers, x, exactly(encode(Element::f32, std::log(x))));
+  }
+  return table;
+}
+
 }  // namespace
 
-std::vector<ValueTable> logarithm_values() { return {log_values(), log2_values(), log10_values()}; }
+std::vector<ValueTable> logarithm_values() {
+  return {log_values(), log2_values(), log10_values(), log1p_values()};
+}
 
 }  // namespace zorp::test
