@@ -6,15 +6,22 @@
 namespace zorp::test {
 namespace {
 
+int lgamma(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
+  int sign;
+  return mpfr_lgamma(result, &sign, x, mode);
+}
+
 const Reference kReferences[] = {
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
     {"exp", {mpfr_exp}, {{{-746, 711}, {-105, 90}}}},
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},
     {"exp2", {mpfr_exp2}, {{{-1076, 1025}, {-151, 129}}}},
+    {"lgamma", {lgamma}, {{{-20, 40}, {-20, 40}}}},
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
+    {"tgamma", {mpfr_gamma}, {{{-186, 172}, {-43, 36}}}},
 };
 
 }  // namespace

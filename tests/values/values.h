@@ -61,6 +61,7 @@ struct ValueTable {
 // One function a file; values_test.cpp lists them.
 std::vector<ValueTable> conversion_values();
 std::vector<ValueTable> exponential_values();
+std::vector<ValueTable> gamma_values();
 std::vector<ValueTable> hyperbolic_values();
 std::vector<ValueTable> logarithm_values();
 std::vector<ValueTable> integer_division_values();
