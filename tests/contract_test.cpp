@@ -97,7 +97,9 @@ TEST_P(Contract, PreservesState) {
     for (std::uint32_t mode : kRoundingModes)
       surroundings.push_back({.mxcsr = kDefaultMxcsr | mode});
     surroundings.push_back({.x87_control = 0x027f});  // 53 bits
+    surroundings.push_back({.x87_control = 0x007f});  // 24 bits
     surroundings.push_back({.x87_control = 0x0f7f});  // toward zero
+    surroundings.push_back({.x87_control = 0x0340});  // exceptions trap
     for (const auto& lanes : vectors(kernel, 6))
       for (const Conditions& conditions : surroundings) {
         caller(lanes, conditions);

@@ -10,6 +10,11 @@ int reciprocal(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
   return mpfr_ui_div(result, 1, x, mode);
 }
 
+int lgamma(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
+  int sign;
+  return mpfr_lgamma(result, &sign, x, mode);
+}
+
 const Reference kReferences[] = {
     {"acosh", {mpfr_acosh}, {{{1, 4}, {1, 4}}}},
     {"asinh", {mpfr_asinh}, {{{-4, 4}, {-4, 4}}}},
@@ -21,6 +26,7 @@ const Reference kReferences[] = {
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},
     {"exp2", {mpfr_exp2}, {{{-1076, 1025}, {-151, 129}}}},
     {"inv", {reciprocal}, {{{-4, 4}, {-4, 4}}}},
+    {"lgamma", {lgamma}, {{{-20, 40}, {-20, 40}}}},
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
     {"log1p", {mpfr_log1p}, {{{-1, 4}, {-1, 4}}}},
@@ -30,6 +36,7 @@ const Reference kReferences[] = {
     {"sinpi", {mpfr_sinpi}, {{{-2, 2}, {-2, 2}}}},
     {"sqrt", {mpfr_sqrt}, {{{0, 4}, {0, 4}}}},
     {"tanpi", {mpfr_tanpi}, {{{-2, 2}, {-2, 2}}}},
+    {"tgamma", {mpfr_gamma}, {{{-186, 172}, {-43, 36}}}},
 };
 
 }  // namespace

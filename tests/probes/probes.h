@@ -1,6 +1,6 @@
 // Kernels that prove the boundary forms which no family of the library uses yet: register pairs in
 // and out with a callout behind them, an integer operand beside elements, two pointers' worth of
-// results, and kernels whose lanes all go through the rare routine. Each borrows the name, and so
+// results. Each borrows the name, and so
 // the form, of a family that is still to come; what it computes is made up and easily checked.
 #pragma once
 
@@ -62,9 +62,5 @@ struct Remquo {
       return Outcome<Vec<T, N>, Vec<int32_t, N>>{x - y, to_int32(x), nan};
   }
 };
-
-/// Every lane by its rare routine: -x, and for Lgammar the sign of x as an integer beside it.
-struct Lgamma {};
-struct Lgammar {};
 
 }  // namespace zorp

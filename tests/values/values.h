@@ -62,11 +62,12 @@ struct ValueTable {
 std::vector<ValueTable> arithmetic_values();
 std::vector<ValueTable> conversion_values();
 std::vector<ValueTable> exponential_values();
+std::vector<ValueTable> gamma_values();
 std::vector<ValueTable> half_turn_values();
 std::vector<ValueTable> hyperbolic_values();
+std::vector<ValueTable> integer_division_values();
 std::vector<ValueTable> inverse_hyperbolic_values();
 std::vector<ValueTable> logarithm_values();
-std::vector<ValueTable> integer_division_values();
 std::vector<ValueTable> rounding_values();
 
 }  // namespace zorp::test
