@@ -28,18 +28,14 @@ void __zorp_dsincosreg_cout_rare(const double*, double* first, double* second) {
   *second = 9;
 }
 
-#define PROBE_RARE_ROUTINES(letter, T)                                                    \
-  void __zorp_##letter##pown_cout_rare(const T*, const int32_t*, T* first) {              \
-    *first = eight(first);                                                                \
-  }                                                                                       \
-  void __zorp_##letter##remquo_cout_rare(const T*, const T*, T* first, int32_t* second) { \
-    *first = eight(first);                                                                \
-    *second = 9;                                                                          \
-  }                                                                                       \
-  void __zorp_##letter##lgamma_cout_rare(const T* x, T* first) { *first = negated(*x); }  \
-  void __zorp_##letter##lgammar_cout_rare(const T* x, T* first, int32_t* second) {        \
-    *first = negated(*x);                                                                 \
-    *second = negative(*x) ? -1 : 1;                                                      \
+#define PROBE_RARE_ROUTINES(letter, T)                                                   \
+  void __zorp_##letter##pown_cout_rare(const T*, const int32_t*, T* first) {             \
+    *first = eight(first);                                                               \
+  }                                                                                      \
+  void __zorp_##letter##lgamma_cout_rare(const T* x, T* first) { *first = negated(*x); } \
+  void __zorp_##letter##lgammar_cout_rare(const T* x, T* first, int32_t* second) {       \
+    *first = negated(*x);                                                                \
+    *second = negative(*x) ? -1 : 1;                                                     \
   }
 PROBE_RARE_ROUTINES(d, double)
 PROBE_RARE_ROUTINES(s, float)
