@@ -6,14 +6,21 @@
 namespace zorp::test {
 namespace {
 
+int rcbrt(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
+  return mpfr_rootn_si(result, x, -3, mode);
+}
+
 const Reference kReferences[] = {
+    {"cbrt", {mpfr_cbrt}, {{{0, 8}, {0, 8}}}},
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
     {"exp", {mpfr_exp}, {{{-746, 711}, {-105, 90}}}},
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},
     {"exp2", {mpfr_exp2}, {{{-1076, 1025}, {-151, 129}}}},
+    {"hypot", {mpfr_hypot}, {{{-8, 8}, {-8, 8}}}},
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
+    {"rcbrt", {rcbrt}, {{{0, 8}, {0, 8}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
 };
 
