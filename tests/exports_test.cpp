@@ -72,7 +72,6 @@ TEST_P(Exports, IsMarkedForBranchTrackingAndShadowStacks) {
 }
 
 TEST_P(Exports, CarriesItsName) {
-  if (GetParam().name == "probes") GTEST_SKIP();
   EXPECT_EQ(elf_.dynamic_string(DT_SONAME), "libzorp_z1.so");
 }
 

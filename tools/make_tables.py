@@ -273,6 +273,53 @@ def ln_triples(ln):
         high = int(value / unit) * unit
         entries += [r, high, value - high]
     return entries
+def cube_root_tables():
+    def power(base, third):
+        """base^(third/3) for a rational base."""
+        exponent = Decimal(third) / 3
+        return Fraction((Decimal(base.numerator) / Decimal(base.denominator)) ** exponent)
+
+    def padded(values, size):
+        return values + [Fraction(0)] * (size - len(values))
+
+    def parts(name, element, values, size, what):
+        """Values rounded, and what they leave."""
+        rest = [v - nearest(v, element) for v in values]
+        return [
+            table(f"{name}_{element}", element, padded(values, size), f"{what}: rounded"),
+            table(f"{name}_low_{element}", element, padded(rest, size), "What that leaves"),
+        ]
+
+    tables = []
+    for name, third in (("cube_root", 1), ("inverse_cube_root", -1)):
+        sign = "-" if third < 0 else ""
+        for element, row, n in (("double", 8, 8), ("float", 16, 16)):
+            powers = [power(Fraction(2), third * b) for b in range(3)]
+            tables += parts(f"{name}_power", element, powers, row, f"2^({sign}b/3), b = 0..2")
+            points = [power(Fraction(n + i, 2 * n), -third) for i in range(n + 1)]
+            what = f"c^({'' if third < 0 else '-'}1/3), c = 1/2 + i/{2 * n}, i = 0..{n}"
+            tables += parts(f"{name}_point", element, points, 2 * row, what)
+    # At e modulo 64: e = 0..15 from the first entry on, e = -24..-1 up to the last one.
+    halves = [power(Fraction(2), e) if e < 16 else Fraction(0) for e in range(40)]
+    halves += [power(Fraction(2), e - 64) for e in range(40, 64)]
+    tables.append(table("cube_root_half", "half", halves, "2^(e/3), e = -24..15, at e modulo 64"))
+    return header("Tables of the cube roots. Entries that no number reads are zero.", tables)
+
+
+def hypot_tables():
+    """Few enough bits for the rare routine's first products to be exact."""
+    values = []
+    for factor in (1, 2):
+        for j in range(256):
+            root = Decimal(256) / Decimal(factor * (256 + j))
+            values.append(Fraction(round(Fraction(root.sqrt()) * 2048), 2048))
+    roots = table(
+        "reciprocal_roots_double_512",
+        "double",
+        values,
+        "1/sqrt(1 + j/256), then 1/sqrt(2 (1 + j/256)): in units of 2^-11",
+    )
+    return header("The first estimates of hypot's rare routine.", [roots])
 
 
 FILES = {
@@ -280,6 +327,8 @@ FILES = {
     "exp/hyperbolic_tables.h": hyperbolic_tables,
     "log/log_tables.h": log_tables,
     "trig/tanpi_tables.h": tanpi_tables,
+    "pow/cbrt_tables.h": cube_root_tables,
+    "pow/hypot_tables.h": hypot_tables,
 }
 
 

@@ -19,18 +19,28 @@ const Reference kReferences[] = {
     {"acosh", {mpfr_acosh}, {{{1, 4}, {1, 4}}}},
     {"asinh", {mpfr_asinh}, {{{-4, 4}, {-4, 4}}}},
     {"atanh", {mpfr_atanh}, {{{-1, 1}, {-1, 1}}}},
+}
+
+int rcbrt(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
+  return mpfr_rootn_si(result, x, -3, mode);
+}
+
+const Reference kReferences[] = {
+    {"cbrt", {mpfr_cbrt}, {{{0, 8}, {0, 8}}}},
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
     {"cospi", {mpfr_cospi}, {{{-2, 2}, {-2, 2}}}},
     {"div", {mpfr_div}, {{{-4, 4}, {-4, 4}}}},
     {"exp", {mpfr_exp}, {{{-746, 711}, {-105, 90}}}},
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},
     {"exp2", {mpfr_exp2}, {{{-1076, 1025}, {-151, 129}}}},
+    {"hypot", {mpfr_hypot}, {{{-8, 8}, {-8, 8}}}},
     {"inv", {reciprocal}, {{{-4, 4}, {-4, 4}}}},
     {"lgamma", {lgamma}, {{{-20, 40}, {-20, 40}}}},
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
     {"log1p", {mpfr_log1p}, {{{-1, 4}, {-1, 4}}}},
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
+    {"rcbrt", {rcbrt}, {{{0, 8}, {0, 8}}}},
     {"rsqrt", {mpfr_rec_sqrt}, {{{0, 4}, {0, 4}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
     {"sinpi", {mpfr_sinpi}, {{{-2, 2}, {-2, 2}}}},

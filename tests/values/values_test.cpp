@@ -13,10 +13,9 @@ namespace {
 const std::vector<ValueTable>& tables() {
   static const std::vector<ValueTable> all = [] {
     std::vector<ValueTable> list;
-    for (auto* values :
-         {arithmetic_values, conversion_values, exponential_values, gamma_values, half_turn_values,
-          hyperbolic_values, integer_division_values, inverse_hyperbolic_values, logarithm_values,
-          rounding_values, variants_with_values})
+    for (auto* values : {arithmetic_values, conversion_values, exponential_values, gamma_values,
+                         half_turn_values, hyperbolic_values, integer_division_values,
+                         inverse_hyperbolic_values, logarithm_values, root_values, rounding_values})
       for (ValueTable& table : values()) list.push_back(std::move(table));
     return list;
   }();
@@ -38,7 +37,7 @@ std::vector<ValueEntry> entries_for(const Variant& variant) {
 std::vector<Variant> variants_with_values() {
   std::vector<Variant> list;
   for (const Variant& variant : variants())
-    if (variant.library->name != "probes" && !entries_for(variant).empty()) list.push_back(variant);
+    if (!entries_for(variant).empty()) list.push_back(variant);
   return list;
 }
 
