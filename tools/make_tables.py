@@ -125,6 +125,12 @@ def exp_tables():
             "2^(j/1024), rounded",
         ),
         high(32, "half"),
+        table(
+            "exp2_pairs_relative_double_64",
+            "double",
+            [part for v in roots(64) for part in (v, v / nearest(v, "double") - 1)],
+            "2^(j/64): rounded value and what it leaves, divided by it, entry by entry",
+        ),
     ]
     return header("Tables of 2^x at multiples of 1/n.", tables)
 
