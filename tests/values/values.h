@@ -60,6 +60,7 @@ struct ValueTable {
 
 // One function a file; values_test.cpp lists them.
 std::vector<ValueTable> conversion_values();
+std::vector<ValueTable> error_function_values();
 std::vector<ValueTable> exponential_values();
 std::vector<ValueTable> hyperbolic_values();
 std::vector<ValueTable> logarithm_values();
