@@ -10,7 +10,7 @@ case "${1:-}" in
   "") ;;
   --tests)
     packages+=(binutils ccache clang gcc libbenchmark-dev libgmp-dev libgtest-dev libmpfr-dev
-               libsleef-dev pkg-config python3)
+               libsleef-dev pkg-config python3 python3-mpmath)
     ;;
   *)
     echo "usage: $0 [--tests]" >&2

@@ -1,4 +1,4 @@
-// exp, exp2, exp10: special values, the ends of the range, exact powers.
+// exp, exp2, exp10, expm1: special values, the ends of the range, exact powers.
 #include <cmath>
 #include <limits>
 
@@ -94,10 +94,48 @@ ValueTable exp10_values() {
   return table;
 }
 
+ValueTable expm1_values() {
+  ValueTable table{"expm1", {}};
+  table.everywhere(0.0, 0.0);
+  table.everywhere(kInfinity, kInfinity);
+  table.everywhere(-kInfinity, -1.0);
+  table.nans_are_kept();
+  // -0, tiny and subnormal operands are their own results; half loses the sign of zero on its way
+  // through float.
+  table.at(Element::f16, kAllTiers, -0.0, exactly(0));
+  for (Element element : {Element::f64, Element::f32}) {
+    const Format& f = format(element);
+    table.at(element, kAllTiers, -0.0, exactly(f.sign()));
+    for (Bits sign : {Bits{0}, f.sign()})
+      for (Bits tiny : {f.min_subnormal(), f.min_normal() - 1, f.min_normal(), f.min_normal() + 1,
+                        encode(element, std::ldexp(1.0, -f.mantissa_bits - 2))})
+        table.add(element, kAllTiers, sign | tiny, exactly(sign | tiny));
+  }
+  for (Element element : kElements) {
+    const Format& f = format(element);
+    // e^x is lost beside 1.
+    constexpr double lost[] = {-1024.0, -128.0, -10.0};
+    for (Bits x : {encode(element, lost[int(element)]), f.sign() | f.max_finite()})
+      table.add(element, kAllTiers, x, exactly(encode(element, -1.0)));
+    table.add(element, kAllTiers, f.max_finite(), exactly(f.infinity()));
+  }
+  overflows_after(table, Element::f64, kAllTiers, 709.782712893384);
+  overflows_after(table, Element::f32, kAllTiers, 88.72283172607422);
+  overflows_after(table, Element::f16, kAllTiers, 11.0859375);
+  // The first operands of the rare routine, and their neighbours below.
+  for (const auto& [element, bits] : {std::pair{Element::f64, Bits{0x40861da04cbafe44}},
+                                      std::pair{Element::f32, Bits{0x42ad496b}}}) {
+    table.add(element, kAllTiers, bits, kFinite);
+    table.add(element, kAllTiers, next_down(element, bits), kFinite);
+  }
+  table.at(Element::f16, kAllTiers, 10.0, exactly(encode(Element::f16, std::expm1(10.0))));
+  return table;
+}
+
 }  // namespace
 
 std::vector<ValueTable> exponential_values() {
-  return {exp_values(), exp2_values(), exp10_values()};
+  return {exp_values(), exp2_values(), exp10_values(), expm1_values()};
 }
 
 }  // namespace zorp::test

@@ -61,6 +61,7 @@ struct ValueTable {
 // One function a file; values_test.cpp lists them.
 std::vector<ValueTable> arithmetic_values();
 std::vector<ValueTable> conversion_values();
+std::vector<ValueTable> error_function_values();
 std::vector<ValueTable> exponential_values();
 std::vector<ValueTable> gamma_values();
 std::vector<ValueTable> half_turn_values();
