@@ -202,6 +202,12 @@ inline Vec<T, N> operator*(Vec<T, N> a, detail::same_as<Vec<T, N>> b) {
   else
     return mul<rn>(a, b);
 }
+/// The product of the low 32 bits of a and of b, read as unsigned.
+template <int N>
+inline Vec<int64_t, N> mul_low_words(Vec<int64_t, N> a, Vec<int64_t, N> b) {
+  return detail::map<Vec<int64_t, N>>(
+      [](auto... r) { return Instructions<int64_t, N>::mul_low_words(r...); }, a, b);
+}
 /// a + b for operands that may both be NaNs: the result is then a, quieted. The compiler is free to
 /// swap the operands of an ordinary addition.
 template <class V>
