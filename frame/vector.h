@@ -121,9 +121,15 @@ inline uint32_t lane_bits(Mask<N> mask) {
     return mask.bits & ((1u << width) - 1);
 }
 
+/// Tested in a mask register: a general one might be one that the caller keeps.
 template <int N>
 inline bool any(Mask<N> mask) {
-  return lane_bits<N>(mask) != 0;
+  if constexpr (N < 8) {
+    const __mmask8 lanes = _kshiftli_mask8(mask.bits, 8 - N);
+    return !_kortestz_mask8_u8(lanes, lanes);
+  } else {
+    return lane_bits<N>(mask) != 0;
+  }
 }
 
 namespace detail {

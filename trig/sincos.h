@@ -77,9 +77,9 @@ struct Sincos {
       r = fnma(n, k.pi3, r);
       rc = fnma(m, k.pi3, rc);
     }
-    const V sine = polynomial<tier>(r, k) ^ parity ^ (x ^ a);
-    const V flip = side ^ parity ^ sign_mask<V>();
-    const V cosine = select(classify<zeros>(x), V(k.one), polynomial<tier>(rc, k) ^ flip);
+    const auto [s, c] = sines<tier>(r, rc, k);
+    const V sine = s ^ parity ^ (x ^ a);
+    const V cosine = select(classify<zeros>(x), V(k.one), c ^ side ^ parity ^ sign_mask<V>());
     const auto large = compare<_CMP_NLE_UQ>(a, k.limit);
     if constexpr (tier == Tier::standard) {
       if (any(large)) [[unlikely]] {
@@ -132,18 +132,22 @@ struct Sincos {
   }
 
  private:
+  template <class V>
+  struct Both {
+    V r, rc;
+  };
+  /// Side by side, so that each row is loaded once and not kept.
   template <Tier tier, class V, class Block>
-  static V polynomial(V r, const Block& k) {
-    const V z = r * r;
-    V p = fma(z, k.c1, k.c2);
-    p = fma(p, z, k.c3);
-    p = fma(p, z, k.c4);
-    if constexpr (tier == Tier::standard) {
-      p = fma(p, z, k.c5);
-      p = fma(p, z, k.c6);
-      p = fma(p, z, k.c7);
-    }
-    return fma(p * z, r, r);
+  static Both<V> sines(V r, V rc, const Block& k) {
+    const V z = r * r, zc = rc * rc;
+    Both<V> p{k.c1, k.c1};
+    const auto next = [&](const Row<double>& row) {
+      const V c = row;
+      p = {fma(p.r, z, c), fma(p.rc, zc, c)};
+    };
+    next(k.c2), next(k.c3), next(k.c4);
+    if constexpr (tier == Tier::standard) next(k.c5), next(k.c6), next(k.c7);
+    return {fma(p.r * z, r, r), fma(p.rc * zc, rc, rc)};
   }
 
   template <int N>
