@@ -7,6 +7,7 @@ namespace zorp::test {
 namespace {
 
 const Reference kReferences[] = {
+    {"cos", {mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
     {"exp", {mpfr_exp}, {{{-746, 711}, {-105, 90}}}},
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},
@@ -14,7 +15,11 @@ const Reference kReferences[] = {
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
+    {"sin", {mpfr_sin}, {{{-100, 100}, {-100, 100}}}},
+    {"sincos", {mpfr_sin, mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
+    {"sincosreg", {mpfr_sin, mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
+    {"tan", {mpfr_tan}, {{{-100, 100}, {-100, 100}}}},
 };
 
 }  // namespace

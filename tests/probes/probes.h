@@ -9,26 +9,6 @@
 
 namespace zorp {
 
-/// 2 x and x / 2; in double, infinities and NaNs call out.
-struct Sincosreg {
-  template <Tier, class T, int N>
-  static auto apply(Vec<T, N> x) {
-    auto twice = x + x;
-    auto one_half = scale(x, minus_one<Vec<T, N>>());
-    if constexpr (same<T, double>)
-      return Outcome<Vec<T, N>, Vec<T, N>>{twice, one_half, classify<0x99>(x)};
-    else
-      return Results<Vec<T, N>, Vec<T, N>>{twice, one_half};
-  }
-
- private:
-  template <class V>
-  static V minus_one() {
-    using T = typename V::Element;
-    return constant<V>(same<T, double> ? 0xBFF0000000000000 : same<T, float> ? 0xBF800000 : 0xBC00);
-  }
-};
-
 /// x 2^n; calls out where n is the least integer.
 struct Pown {
   template <Tier, int N>

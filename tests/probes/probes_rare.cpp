@@ -23,11 +23,6 @@ bool negative(half v) { return v.bits >> 15; }
 
 extern "C" {
 
-void __zorp_dsincosreg_cout_rare(const double*, double* first, double* second) {
-  *first = 8;
-  *second = 9;
-}
-
 #define PROBE_RARE_ROUTINES(letter, T)                                                    \
   void __zorp_##letter##pown_cout_rare(const T*, const int32_t*, T* first) {              \
     *first = eight(first);                                                                \

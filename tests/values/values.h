@@ -65,5 +65,6 @@ std::vector<ValueTable> hyperbolic_values();
 std::vector<ValueTable> logarithm_values();
 std::vector<ValueTable> integer_division_values();
 std::vector<ValueTable> rounding_values();
+std::vector<ValueTable> trigonometric_values();
 
 }  // namespace zorp::test
