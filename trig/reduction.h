@@ -5,8 +5,7 @@
 // x = m 2^(e-b) with an integer m. Of the infinite expansion of 1/(2 pi), the bits of weight
 // 2^(b-e) and above only add whole turns to x/(2 pi), and bits far below don't count. What remains
 // for each e is a row of three words W: x/(2 pi) = m W / 2^(bits of W), modulo 1. The product is
-// formed in integers of half a word and so is exact, down to what is dropped on purpose; the
-// fraction of a turn then has as many good bits after a cancellation as without.
+// formed in integers of half a word.
 #pragma once
 
 #include "frame/kernel.h"
@@ -118,9 +117,9 @@ struct TurnReduction {
       return low_limb(a) * low_limb(b);
   }
 
-  /// The upper two words of m W, modulo whole turns. W has six limbs a5 to a0, m two; of what
-  /// stands below the second word, carries from the halves of products that reach into it are left
-  /// out.
+  /// The upper two words of m W, modulo whole turns. W has six limbs a5 to a0, m two. a0 b0 and the
+  /// lower halves of a1 b0 and a0 b1 are left out: less than three units in the last place. No
+  /// number is closer than 2^-64 (float: 2^-32) turns to a quarter: as many good bits are left.
   static Fraction turn_fraction(V x, const ReductionBlock<T>& k) {
     const Bits e = bits(x) & k.exponent;
     constexpr int log_bytes = same<T, double> ? 3 : 2;  // of a word

@@ -59,13 +59,12 @@ double error(const Reference::Function& function, Element element, double x, dou
 }
 
 /// A reduction that is a bit too coarse costs many units next to a multiple of pi/2. The standard
-/// tiers are held to their few units everywhere; the others where they reduce large angles, and
-/// there the reduced tangent of float has no more than its estimate's 14 bits.
+/// tiers are held to their few units everywhere. The others are for sines and cosines of large
+/// angles; their tangents end in a shorter polynomial (double) or an estimate of 14 bits (float).
 double allowed(const Variant& variant, double x) {
-  const bool standard =
-      variant.family->algorithm_tier[int(variant.element)][int(variant.tier)] == Tier::standard;
-  if (standard) return 4;
-  if (variant.element == Element::f32 && variant.family->name == "tan") return 0x1p11;
+  const Tier algorithm = variant.family->algorithm_tier[int(variant.element)][int(variant.tier)];
+  if (algorithm == Tier::standard) return 4;
+  if (variant.family->name == "tan") return variant.element == Element::f64 ? 0x1p13 : 0x1p11;
   return std::abs(x) > kLargeEverywhere ? 4 : HUGE_VAL;
 }
 
