@@ -5,7 +5,8 @@
 // of a function of one instruction, which every time holds.
 //
 // Tiers that run another tier's code are left out. ZORP_LIBRARY in the environment names another
-// library than the one built here.
+// library than the one built here; ZORP_ANGLES=large or mixed gives the trigonometric functions
+// large operands in all lanes, or in one of each vector.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <random>
@@ -84,6 +85,22 @@ Range range_of(const Kernel& kernel, size_t operand) {
   return kDefault;
 }
 
+/// What the trigonometric functions are measured on: ZORP_ANGLES in the environment asks for large
+/// ones, which take a second path: in all lanes ("large") or in the first of every vector
+/// ("mixed").
+bool is_large_angle(const Kernel& kernel, int index) {
+  constexpr std::string_view families[] = {"sin", "cos", "tan", "sincos", "sincosreg"};
+  const char* angles = std::getenv("ZORP_ANGLES");
+  if (!angles || std::count(std::begin(families), std::end(families), kernel.family->name) == 0)
+    return false;
+  return std::string_view(angles) == "large" || index % kernel.width == 0;
+}
+/// A number from 10^8 to 10^30 (half: to 6 x 10^4), even over the exponents.
+double large_angle(const Kernel& kernel, double zero_to_one) {
+  const bool is_half = kernel.element == Element::f16;
+  return std::pow(10, is_half ? 3 + 1.8 * zero_to_one : 8 + 22 * zero_to_one);
+}
+
 template <class T>
 void put(std::byte* to, T value) {
   std::memcpy(to, &value, sizeof value);
@@ -118,7 +135,12 @@ Buffers::Buffers(const Kernel& kernel) {
     const Range range = range_of(kernel, i);
     std::uniform_real_distribution<double> uniform(range.low, range.high);
     const int bytes = grammar::lane_bytes(lanes[i]);
-    for (int j = 0; j < kOperands; ++j) put_lane(operand[i] + j * bytes, lanes[i], uniform(random));
+    for (int j = 0; j < kOperands; ++j) {
+      double value = uniform(random);
+      if (is_large_angle(kernel, j))
+        value = large_angle(kernel, (value - range.low) / (range.high - range.low));
+      put_lane(operand[i] + j * bytes, lanes[i], value);
+    }
   }
 }
 

@@ -40,6 +40,7 @@ template <int N>
 struct Instructions<int64_t, N> : detail::FullBits {
   static Register add(Register a, Register b) { return _mm512_add_epi64(a, b); }
   static Register sub(Register a, Register b) { return _mm512_sub_epi64(a, b); }
+  static Register mul_low_words(Register a, Register b) { return _mm512_mul_epu32(a, b); }
   template <int n>
   static Register shift_left(Register v) {
     return _mm512_slli_epi64(v, n);
@@ -84,6 +85,7 @@ template <>
 struct Instructions<int64_t, 1> : detail::SingleBits {
   static Register add(Register a, Register b) { return _mm_add_epi64(a, b); }
   static Register sub(Register a, Register b) { return _mm_sub_epi64(a, b); }
+  static Register mul_low_words(Register a, Register b) { return _mm_mul_epu32(a, b); }
   template <int n>
   static Register shift_left(Register v) {
     return _mm_slli_epi64(v, n);

@@ -121,9 +121,15 @@ inline uint32_t lane_bits(Mask<N> mask) {
     return mask.bits & ((1u << width) - 1);
 }
 
+/// Tested in a mask register: a general one might be one that the caller keeps.
 template <int N>
 inline bool any(Mask<N> mask) {
-  return lane_bits<N>(mask) != 0;
+  if constexpr (N < 8) {
+    const __mmask8 lanes = _kshiftli_mask8(mask.bits, 8 - N);
+    return !_kortestz_mask8_u8(lanes, lanes);
+  } else {
+    return lane_bits<N>(mask) != 0;
+  }
 }
 
 namespace detail {
@@ -201,6 +207,12 @@ inline Vec<T, N> operator*(Vec<T, N> a, detail::same_as<Vec<T, N>> b) {
     return detail::map<Vec<T, N>>([](auto... r) { return Vec<T, N>::Ops::mul(r...); }, a, b);
   else
     return mul<rn>(a, b);
+}
+/// The product of the low 32 bits of a and of b, read as unsigned.
+template <int N>
+inline Vec<int64_t, N> mul_low_words(Vec<int64_t, N> a, Vec<int64_t, N> b) {
+  return detail::map<Vec<int64_t, N>>(
+      [](auto... r) { return Instructions<int64_t, N>::mul_low_words(r...); }, a, b);
 }
 /// a + b for operands that may both be NaNs: the result is then a, quieted. The compiler is free to
 /// swap the operands of an ordinary addition.

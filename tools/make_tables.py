@@ -11,14 +11,16 @@ rational arithmetic.
 import sys
 from decimal import Decimal, getcontext
 from fractions import Fraction
-from math import copysign
 from functools import cache
+from math import copysign
 from pathlib import Path
 
 getcontext().prec = 80
 ROOT = Path(__file__).resolve().parent.parent
 
 # name: (bits, fraction bits, exponent bias)
+
+
 FORMATS = {"double": (64, 52, 1023), "float": (32, 23, 127), "half": (16, 10, 15)}
 
 
@@ -54,9 +56,13 @@ def nearest(value, element):
 
 
 def table(name, element, values, comment):
-    digits = FORMATS[element][0] // 4
-    patterns = [f"0x{encode(v, element):0{digits}X}" for v in values]
-    per_line = {"double": 4, "float": 8, "half": 12}[element]
+    return pattern_table(name, element, [encode(v, element) for v in values], comment)
+
+
+def pattern_table(name, element, patterns, comment):
+    digits = {"double": 16, "float": 8, "half": 4, "uint64_t": 16}[element]
+    patterns = [f"0x{p:0{digits}X}" for p in patterns]
+    per_line = {16: 4, 8: 8, 4: 12}[digits]
     lines = [
         "    " + ", ".join(patterns[i : i + per_line]) + ","
         for i in range(0, len(patterns), per_line)
@@ -264,6 +270,8 @@ def tanpi_tables():
             table(f"tanpi_turned_{element}_{n}", element, signs, "-0 for these, +0 elsewhere")
         )
     return header("Tables of the tangent of multiples of pi/n.", tables)
+
+
 LN_TRIPLES = "r = 1 / (1 + i/64) in units of 2^-7, 18 bits of -ln r and what they leave, i = 0..64"
 
 
@@ -278,6 +286,8 @@ def ln_triples(ln):
         high = int(value / unit) * unit
         entries += [r, high, value - high]
     return entries
+
+
 def cube_root_tables():
     def power(base, third):
         """base^(third/3) for a rational base."""
@@ -391,6 +401,167 @@ def erf_tables():
     return header("Tables of the error function and its complement on grids.", tables)
 
 
+def scaled_inverse_two_pi(bits):
+    """floor(2^bits / (2 pi)), pi by Machin's formula in integers."""
+    one = 1 << (bits + 64)
+
+    def arctangent_of_inverse(n):
+        total, power, k = 0, one // n, 0
+        while power:
+            total += (-1) ** k * (power // (2 * k + 1))
+            power //= n * n
+            k += 1
+        return total
+
+    pi = 4 * (4 * arctangent_of_inverse(5) - arctangent_of_inverse(239))
+    return (one << bits) // (2 * pi)
+
+
+def sine_cosine(j, n):
+    """Of j/n of a turn; exact at quarter turns."""
+    if 4 * j % n == 0:
+        quarter = 4 * j // n % 4
+        return Fraction((0, 1, 0, -1)[quarter]), Fraction((1, 0, -1, 0)[quarter])
+    turn = Fraction(2**200, scaled_inverse_two_pi(200))
+    angle = turn * (j % n) / n
+    x = Decimal(angle.numerator) / Decimal(angle.denominator)
+    sums, term, k = [Decimal(0), Decimal(0)], Decimal(1), 0
+    while abs(term) > Decimal(10) ** -78:
+        sums[k % 2] += -term if k & 2 else term
+        k += 1
+        term *= x / k
+    return Fraction(sums[1]), Fraction(sums[0])
+
+
+def significant(value, bits, cut=False):
+    """The value with that many significant bits, to nearest or cut."""
+    if value == 0:
+        return value
+    unit = Fraction(1)
+    while abs(value) >= 2**bits * unit:
+        unit *= 2
+    while abs(value) < 2 ** (bits - 1) * unit:
+        unit /= 2
+    return unit * (int(value / unit) if cut else round(value / unit))
+
+
+def circle_rows(n, element, low_part, power_of_cosine):
+    """For each j: c_rest, c_power, s_high, s_low."""
+    rows = []
+    for j in range(n):
+        s, c = sine_cosine(j, n)
+        high = nearest(s, element)
+        power = power_of_cosine(j, c) if c else Fraction(0)
+        if c < 0:
+            power = -power
+        rows.append((nearest(c - power, element), power, high, low_part(s - high)))
+    return rows
+
+
+def floor_power(value):
+    """The largest power of two that is not above a value in (0, 2]."""
+    power = Fraction(2)
+    while power > value:
+        power /= 2
+    return power
+
+
+def reduction_tables():
+    words = 20  # 64 bits each: rows for the largest exponent end at bit 1164, pieces at bit 1227
+
+    def geometric(j, c):
+        # Up to 2^k from 2^(k-1/2) on: 2 cos^2 = 1 + cos of twice the angle, exact at eighths.
+        double = 1 + sine_cosine(2 * j, 256)[1]
+        power = Fraction(2)
+        while power * power > double:
+            power /= 2
+        return power
+
+    def arithmetic(j, c):
+        return floor_power(abs(c) * Fraction(4, 3))
+
+    def flat(rows, order):
+        return [row[i] for row in rows for i in order]
+
+    inverse = scaled_inverse_two_pi(64 * words)
+    float_rows = circle_rows(256, "float", lambda v: nearest(v, "float"), geometric)
+    double_rows = circle_rows(512, "double", lambda v: significant(v, 24, cut=True), arithmetic)
+    scalar_rows = circle_rows(64, "double", lambda v: significant(v, 24), arithmetic)
+    pieces = [0] + [
+        Fraction(inverse >> (64 * words - 27 - 25 * k) & 0x1FFFFFF) * Fraction(2) ** (176 - 25 * k)
+        for k in range(49)
+    ]
+    return header(
+        "Tables of the reduction of large angles, and of the circle.",
+        [
+            pattern_table(
+                "inverse_two_pi",
+                "uint64_t",
+                [inverse >> (64 * (words - 1 - i)) & (2**64 - 1) for i in range(words)],
+                "The fraction bits of 1/(2 pi)",
+            ),
+            table(
+                "four_over_pi_pieces",
+                "double",
+                pieces,
+                "0, and 2^200 x 4/pi in slices of 25 bits",
+            ),
+            table(
+                "circle_float_256",
+                "float",
+                flat(float_rows, (0, 2, 3, 1)),
+                "c_rest, s_high, s_low, c_power of j/256 of a turn, entry by entry",
+            ),
+            table(
+                "circle_double_512",
+                "double",
+                flat(double_rows, (0, 1, 2, 3)),
+                "c_rest, c_power, s_high, s_low of j/512 of a turn, entry by entry",
+            ),
+            table(
+                "circle_double_64",
+                "double",
+                flat(scalar_rows, (0, 2, 3, 1)),
+                "c_rest, s_high, s_low, c_power of j/64 of a turn, entry by entry",
+            ),
+        ],
+    )
+
+
+def trig_tables():
+    scaled = scaled_inverse_two_pi(1102)  # 2/pi, to 1100 bits
+
+    def two_over_pi(i):
+        return Fraction(scaled % (1 << (1102 - 8 * i)), 1 << 1100)
+
+    high = [nearest(two_over_pi(i), "double") for i in range(16)]
+    rest = [two_over_pi(i) - high[i] for i in range(16)]
+
+    def tangents(element, n, largest):
+        values = [sine_cosine(j, 2 * n) for j in range(n)]
+        sign = 1 << (FORMATS[element][0] - 1)
+        patterns = [encode(s / c, element) if c else sign | largest for s, c in values]
+        return [sign] + patterns[1:]
+
+    what = "tan(j pi/{}) in (-pi/2, pi/2]; -0, and for the pole the most negative number"
+    return header(
+        "Tables of sincos and tan.",
+        [
+            table("two_over_pi_high", "double", high, "2/pi mod 2^(2-8i): high part"),
+            table("two_over_pi_low", "double", rest, "What that leaves"),
+            pattern_table(
+                "tangent_double_16",
+                "double",
+                tangents("double", 16, 0x7FEFFFFFFFFFFFFF),
+                what.format(16),
+            ),
+            pattern_table(
+                "tangent_float_32", "float", tangents("float", 32, 0x7F7FFFFF), what.format(32)
+            ),
+        ],
+    )
+
+
 FILES = {
     "exp/exp_tables.h": exp_tables,
     "exp/hyperbolic_tables.h": hyperbolic_tables,
@@ -399,6 +570,8 @@ FILES = {
     "pow/cbrt_tables.h": cube_root_tables,
     "pow/hypot_tables.h": hypot_tables,
     "special/erf_tables.h": erf_tables,
+    "trig/reduction_tables.h": reduction_tables,
+    "trig/trig_tables.h": trig_tables,
 }
 
 

@@ -27,6 +27,7 @@ int rcbrt(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
 
 const Reference kReferences[] = {
     {"cbrt", {mpfr_cbrt}, {{{0, 8}, {0, 8}}}},
+    {"cos", {mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
     {"cospi", {mpfr_cospi}, {{{-2, 2}, {-2, 2}}}},
     {"div", {mpfr_div}, {{{-4, 4}, {-4, 4}}}},
@@ -45,9 +46,13 @@ const Reference kReferences[] = {
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
     {"rcbrt", {rcbrt}, {{{0, 8}, {0, 8}}}},
     {"rsqrt", {mpfr_rec_sqrt}, {{{0, 4}, {0, 4}}}},
+    {"sin", {mpfr_sin}, {{{-100, 100}, {-100, 100}}}},
+    {"sincos", {mpfr_sin, mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
+    {"sincosreg", {mpfr_sin, mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
     {"sinpi", {mpfr_sinpi}, {{{-2, 2}, {-2, 2}}}},
     {"sqrt", {mpfr_sqrt}, {{{0, 4}, {0, 4}}}},
+    {"tan", {mpfr_tan}, {{{-100, 100}, {-100, 100}}}},
     {"tanh", {mpfr_tanh}, {{{-25, 25}, {-11, 11}}}},
     {"tanpi", {mpfr_tanpi}, {{{-2, 2}, {-2, 2}}}},
     {"tgamma", {mpfr_gamma}, {{{-186, 172}, {-43, 36}}}},

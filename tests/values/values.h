@@ -71,5 +71,6 @@ std::vector<ValueTable> inverse_hyperbolic_values();
 std::vector<ValueTable> logarithm_values();
 std::vector<ValueTable> root_values();
 std::vector<ValueTable> rounding_values();
+std::vector<ValueTable> trigonometric_values();
 
 }  // namespace zorp::test
