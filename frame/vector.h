@@ -222,6 +222,14 @@ inline V add_where(Mask<V::lanes> mask, V a, detail::same_as<V> b) {
   else
     return V(V::Ops::template add_where<rn>(mask.bits, a.reg, b.reg));
 }
+/// a x b in the lanes of the mask, a in the others.
+template <class V>
+inline V mul_where(Mask<V::lanes> mask, V a, detail::same_as<V> b) {
+  if constexpr (V::paired)
+    return V(mul_where(mask.low(), a.lo, b.lo), mul_where(mask.high(), a.hi, b.hi));
+  else
+    return V(V::Ops::template mul_where<rn>(mask.bits, a.reg, b.reg));
+}
 
 // ---- Parts of a number, estimates, minimum and maximum. ----------------------------------------
 
