@@ -1,6 +1,7 @@
 // Scalar helpers of rare routines, which compute in ordinary C++ arithmetic.
 #pragma once
 
+#include <immintrin.h>
 #include <stdint.h>
 
 #include "frame/row.h"
@@ -24,6 +25,7 @@ struct Format {
   static constexpr Pattern<T> quiet_bit = implicit_bit >> 1;
   static constexpr Pattern<T> sign = Pattern<T>{1} << (fraction_bits + exponent_bits);
   static constexpr Pattern<T> infinity = sign - implicit_bit;
+  static constexpr Pattern<T> default_nan = sign | infinity | quiet_bit;  // what 0/0 gives
 };
 
 template <class T>
@@ -42,6 +44,11 @@ template <class T>
 constexpr T quieted(T nan) {
   return from_bits(Pattern<T>(bits(nan) | Format<T>::quiet_bit));
 }
+
+/// Exact; quiets a NaN.
+inline float widened(half v) { return _cvtsh_ss(v.bits); }
+/// Rounded in the caller's mode.
+inline half narrowed(float v) { return {_cvtss_sh(v, _MM_FROUND_CUR_DIRECTION)}; }
 
 inline constexpr double infinity = from_bits(uint64_t{0x7FF0000000000000});
 
