@@ -14,6 +14,10 @@ const Reference kReferences[] = {
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
+    {"pow", {mpfr_pow}, {{{0, 8}, {0, 8}}}, Reference::Ranges{{{-360, 360}, {-44, 44}}}},
+    {"pown", {mpfr_pow_si}, {{{-8, 8}, {-8, 8}}}, Reference::Ranges{{{-360, 360}, {-44, 44}}}},
+    {"powr", {mpfr_powr}, {{{0, 8}, {0, 8}}}, Reference::Ranges{{{-360, 360}, {-44, 44}}}},
+    {"rootn", {mpfr_rootn_si}, {{{0, 1024}, {0, 1024}}}, Reference::Ranges{{{-40, 40}, {-40, 40}}}},
     {"sinh", {mpfr_sinh}, {{{-712, 712}, {-91, 91}}}},
 };
 

@@ -1,7 +1,7 @@
 // Kernels that prove the boundary forms which no family of the library uses yet: register pairs in
-// and out with a callout behind them, an integer operand beside elements, two pointers' worth of
-// results, and kernels whose lanes all go through the rare routine. Each borrows the name, and so
-// the form, of a family that is still to come; what it computes is made up and easily checked.
+// and out with a callout behind them, two pointers' worth of results, and kernels whose lanes all
+// go through the rare routine. Each borrows the name, and so the form, of a family that is still to
+// come; what it computes is made up and easily checked.
 #pragma once
 
 #include "frame/conversions.h"
@@ -26,28 +26,6 @@ struct Sincosreg {
   static V minus_one() {
     using T = typename V::Element;
     return constant<V>(same<T, double> ? 0xBFF0000000000000 : same<T, float> ? 0xBF800000 : 0xBC00);
-  }
-};
-
-/// x 2^n; calls out where n is the least integer.
-struct Pown {
-  template <Tier, int N>
-  static auto apply(Vec<double, N> x, Vec<int32_t, N> n) {
-    return Outcome<Vec<double, N>>{scale(x, to_double(n)), special(n)};
-  }
-  template <Tier, int N>
-  static auto apply(Vec<float, N> x, Vec<int32_t, N> n) {
-    return Outcome<Vec<float, N>>{scale(x, to_float(n)), special(n)};
-  }
-  template <Tier, int N>
-  static auto apply(Vec<half, N> x, Vec<int32_t, N> n) {
-    return Outcome<Vec<half, N>>{narrow<rn>(scale(widen(x), to_float(n))), special(n)};
-  }
-
- private:
-  template <class V>
-  static auto special(V n) {
-    return equal(n, constant<V>(0x80000000));
   }
 };
 

@@ -29,9 +29,6 @@ void __zorp_dsincosreg_cout_rare(const double*, double* first, double* second) {
 }
 
 #define PROBE_RARE_ROUTINES(letter, T)                                                    \
-  void __zorp_##letter##pown_cout_rare(const T*, const int32_t*, T* first) {              \
-    *first = eight(first);                                                                \
-  }                                                                                       \
   void __zorp_##letter##remquo_cout_rare(const T*, const T*, T* first, int32_t* second) { \
     *first = eight(first);                                                                \
     *second = 9;                                                                          \

@@ -1,0 +1,4 @@
+zorp_kernels(HEADER pow/pow.h GROUPS pow powr)
+zorp_kernels(HEADER pow/pown.h GROUPS pown rootn)
+zorp_sources(pow/pow_blocks.cpp pow/pow_rare.cpp pow/pown_blocks.cpp pow/pown_rare.cpp
+             pow/scalar_power.cpp)
