@@ -50,11 +50,18 @@ std::vector<Bits> nans(const Format& f) {
   return list;
 }
 
+/// Exponents n of 2^n: all from below the subnormals to the first normal numbers and about the end
+/// of the range, some between.
+std::vector<int> binary_exponents(const Format& f) {
+  const int bias = int(f.one() >> f.mantissa_bits), first = 1 - bias - f.mantissa_bits - 2;
+  std::vector<int> list;
+  for (int n = first; n <= bias + 2; n += n < 4 - bias || n > bias - 4 ? 1 : 7) list.push_back(n);
+  return list;
+}
+
 /// Powers of two: of positive x in the fast path, of negative x by the scalar function.
 void add_powers_of_two(Powers& powers, bool negative) {
-  const Format& f = powers.f;
-  const int bias = int(f.one() >> f.mantissa_bits);
-  for (int n = 1 - bias - f.mantissa_bits - 2; n <= bias + 2; ++n) {
+  for (int n : binary_exponents(powers.f)) {
     powers.at(2, n, std::ldexp(1, n));
     powers.at(0.5, -n, std::ldexp(1, n));
     if (!negative) continue;
@@ -229,15 +236,12 @@ ValueTable pown_values() {
 
   Powers doubles(table, Element::f64, true), floats(table, Element::f32, true),
       halves(table, Element::f16, true);
-  // By products, by the rare routine or, in double, by a logarithm that is 1.
-  for (int n = 8; n <= 1100; ++n) {
-    doubles.at_both_signs(2, n, std::ldexp(1, n), n % 2);
-    doubles.at_both_signs(2, -n, std::ldexp(1, -n), n % 2);
-  }
-  for (int n = 126; n <= 152; ++n) {
-    floats.at_both_signs(2, n, std::ldexp(1, n), n % 2);
-    floats.at_both_signs(2, -n, std::ldexp(1, -n), n % 2);
-  }
+  // By products, by the rare routine or, in double, by a logarithm that is 1. In float the others
+  // come near.
+  for (int n : binary_exponents(doubles.f))
+    if (n < -7 || n > 7) doubles.at_both_signs(2, n, std::ldexp(1, n), n % 2);
+  for (int n : binary_exponents(floats.f))
+    if (n <= -126 || n >= 126) floats.at_both_signs(2, n, std::ldexp(1, n), n % 2);
   for (int n = 8; n <= 24; ++n) {
     halves.at_both_signs(2, n, std::ldexp(1, n), n % 2);
     halves.at_both_signs(2, -n, std::ldexp(1, -n), n % 2);
@@ -279,7 +283,7 @@ ValueTable rootn_values() {
   Powers doubles(table, Element::f64, true), floats(table, Element::f32, true),
       halves(table, Element::f16, true);
   for (double n : {1.0, -2.0, 3.0, -7.0, kMost, kLeast}) add_ones(doubles, floats, halves, n, true);
-  for (int k = -1000; k <= 1000; k += 8)
+  for (int k = -1000; k <= 1000; k += 40)
     for (int n : {1, 2, 4, 8, -1, -2, -4, -8})
       doubles.at(std::ldexp(1, k), n, std::ldexp(1, k / n), kStandardTier);
   for (int k = 2; k <= 9; ++k)
