@@ -106,10 +106,10 @@ const std::map<std::string, std::string> kInternalNames = {
 // Half kernels with a step that follows MXCSR: the narrowing of a float result, the division, or
 // the conversion to a 16-bit integer.
 const std::vector<std::string> kHalfFollowsMxcsr = {
-    "cos",    "sin",       "tanpi",     "div",    "inv",     "sinpi",  "cospi", "erfc",  "expm1",
-    "fmod",   "hypot",     "ldexp",     "pown",   "rcbrt",   "remquo", "rootn", "round", "rsqrt",
-    "sincos", "sincosreg", "sqrt",      "tan",    "logb",    "fdim",   "fmax",  "fmin",  "maxmag",
-    "minmag", "frexp",     "remainder", "lgamma", "lgammar", "tgamma"};
+    "cos",   "sin",    "tanpi",  "div",       "inv",       "sinpi",  "cospi",   "erfc",   "expm1",
+    "fmod",  "hypot",  "ldexp",  "pow",       "pown",      "powr",   "rcbrt",   "remquo", "rootn",
+    "round", "rsqrt",  "sincos", "sincosreg", "sqrt",      "tan",    "logb",    "fdim",   "fmax",
+    "fmin",  "maxmag", "minmag", "frexp",     "remainder", "lgamma", "lgammar", "tgamma"};
 // The same, in the standard tier alone.
 const std::vector<std::string> kHalfStandardFollowsMxcsr = {"acos",   "acosh", "acospi", "asin",
                                                             "asinpi", "atan",  "atan2",  "atan2pi",

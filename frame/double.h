@@ -86,6 +86,10 @@ struct Instructions<double, N> {
   static Register sub_where(__mmask8 mask, Register a, Register b) {
     return _mm512_mask_sub_round_pd(a, mask, a, b, embedded<mode>);
   }
+  template <Rounding mode>
+  static Register mul_where(__mmask8 mask, Register a, Register b) {
+    return _mm512_mask_mul_round_pd(a, mask, a, b, embedded<mode>);
+  }
   static Register add_in_order(Register a, Register b) {
     Register sum;
     asm("vaddpd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
@@ -194,6 +198,10 @@ struct Instructions<double, 1> {
   template <Rounding mode>
   static Register sub_where(__mmask8 mask, Register a, Register b) {
     return _mm_mask_sub_round_sd(a, mask, a, b, embedded<mode>);
+  }
+  template <Rounding mode>
+  static Register mul_where(__mmask8 mask, Register a, Register b) {
+    return _mm_mask_mul_round_sd(a, mask, a, b, embedded<mode>);
   }
   static Register add_in_order(Register a, Register b) {
     Register sum;

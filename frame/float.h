@@ -82,6 +82,10 @@ struct Instructions<float, N> {
   static Register sub_where(__mmask16 mask, Register a, Register b) {
     return _mm512_mask_sub_round_ps(a, mask, a, b, embedded<mode>);
   }
+  template <Rounding mode>
+  static Register mul_where(__mmask16 mask, Register a, Register b) {
+    return _mm512_mask_mul_round_ps(a, mask, a, b, embedded<mode>);
+  }
   static Register add_in_order(Register a, Register b) {
     Register sum;
     asm("vaddps %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
@@ -183,6 +187,10 @@ struct Instructions<float, 1> {
   template <Rounding mode>
   static Register sub_where(__mmask8 mask, Register a, Register b) {
     return _mm_mask_sub_round_ss(a, mask, a, b, embedded<mode>);
+  }
+  template <Rounding mode>
+  static Register mul_where(__mmask8 mask, Register a, Register b) {
+    return _mm_mask_mul_round_ss(a, mask, a, b, embedded<mode>);
   }
   static Register add_in_order(Register a, Register b) {
     Register sum;

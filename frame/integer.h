@@ -61,6 +61,7 @@ struct Instructions<int64_t, N> : detail::FullBits {
   static __mmask8 compare(Register a, Register b) {
     return _mm512_cmp_epi64_mask(a, b, predicate);
   }
+  static __mmask8 any_common_bit(Register a, Register b) { return _mm512_test_epi64_mask(a, b); }
   static __mmask8 is_negative(Register v) { return _mm512_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi64(clear, mask, set);
@@ -106,6 +107,7 @@ struct Instructions<int64_t, 1> : detail::SingleBits {
   static __mmask8 compare(Register a, Register b) {
     return _mm_cmp_epi64_mask(a, b, predicate);
   }
+  static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi64_mask(a, b); }
   static __mmask8 is_negative(Register v) { return _mm_movepi64_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi64(clear, mask, set);
@@ -147,6 +149,7 @@ struct Instructions<int32_t, N> : detail::FullBits {
   static __mmask16 compare(Register a, Register b) {
     return _mm512_cmp_epi32_mask(a, b, predicate);
   }
+  static __mmask16 any_common_bit(Register a, Register b) { return _mm512_test_epi32_mask(a, b); }
   static __mmask16 is_negative(Register v) { return _mm512_movepi32_mask(v); }
   static Register blend(__mmask16 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi32(clear, mask, set);
@@ -196,6 +199,7 @@ struct Instructions<int32_t, 1> : detail::SingleBits {
   static __mmask8 compare(Register a, Register b) {
     return _mm_cmp_epi32_mask(a, b, predicate);
   }
+  static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi32_mask(a, b); }
   static __mmask8 is_negative(Register v) { return _mm_movepi32_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi32(clear, mask, set);
@@ -228,6 +232,7 @@ struct Instructions<int16_t, N> : detail::FullBits {
   static __mmask32 compare(Register a, Register b) {
     return _mm512_cmp_epi16_mask(a, b, predicate);
   }
+  static __mmask32 any_common_bit(Register a, Register b) { return _mm512_test_epi16_mask(a, b); }
   static __mmask32 is_negative(Register v) { return _mm512_movepi16_mask(v); }
   static Register blend(__mmask32 mask, Register set, Register clear) {
     return _mm512_mask_mov_epi16(clear, mask, set);
@@ -272,6 +277,7 @@ struct Instructions<int16_t, 1> : detail::SingleBits {
   static __mmask8 compare(Register a, Register b) {
     return _mm_cmp_epi16_mask(a, b, predicate);
   }
+  static __mmask8 any_common_bit(Register a, Register b) { return _mm_test_epi16_mask(a, b); }
   static __mmask8 is_negative(Register v) { return _mm_movepi16_mask(v); }
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_mov_epi16(clear, mask, set);

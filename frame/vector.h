@@ -252,6 +252,14 @@ inline V sub_where(Mask<V::lanes> mask, V a, detail::same_as<V> b) {
   else
     return V(V::Ops::template sub_where<rn>(mask.bits, a.reg, b.reg));
 }
+/// a x b in the lanes of the mask, a in the others.
+template <class V>
+inline V mul_where(Mask<V::lanes> mask, V a, detail::same_as<V> b) {
+  if constexpr (V::paired)
+    return V(mul_where(mask.low(), a.lo, b.lo), mul_where(mask.high(), a.hi, b.hi));
+  else
+    return V(V::Ops::template mul_where<rn>(mask.bits, a.reg, b.reg));
+}
 
 // ---- Parts of a number, estimates, minimum and maximum. ----------------------------------------
 
@@ -425,6 +433,11 @@ inline Mask<V::lanes> equal(V a, detail::same_as<V> b) {
   return detail::test<V>([](auto... r) { return V::Ops::template compare<_MM_CMPINT_EQ>(r...); }, a,
                          b);
 }
+/// The lanes in which integers a and b have a bit in common.
+template <class V>
+inline Mask<V::lanes> any_common_bit(V a, detail::same_as<V> b) {
+  return detail::test<V>([](auto... r) { return V::Ops::any_common_bit(r...); }, a, b);
+}
 /// The lanes whose sign bit is set, of integers.
 template <class V>
 inline Mask<V::lanes> is_negative(V v) {
@@ -462,7 +475,15 @@ inline V magnitude(V v) {
   return v & constant<V>(~uint64_t{0} >> (65 - 8 * sizeof(typename V::Element)));
 }
 
-/// Entry index mod n of a table of n entries that fills one row or two.
+namespace detail {
+template <class T, int N>
+inline Vec<T, N> lookup_two_rows(const Pattern<T>* table, Vec<Encoding<T>, N> index) {
+  return from_bits<T>(
+      Vec<Encoding<T>, N>(Instructions<Encoding<T>, N>::template permute<2>(index.reg, table)));
+}
+}  // namespace detail
+
+/// Entry index mod n of a table of n entries that fills one, two or four rows.
 template <class T, int n, int N>
 inline Vec<T, N> lookup(const Table<T, n>& table, Vec<Encoding<T>, N> index) {
   using V = Vec<T, N>;
@@ -470,6 +491,10 @@ inline Vec<T, N> lookup(const Table<T, n>& table, Vec<Encoding<T>, N> index) {
     return V(lookup(table, index.lo), lookup(table, index.hi));
   else if constexpr (N == 1)
     return V(V::Ops::load_row(&table.entry[_mm_cvtsi128_si32(index.reg) & (n - 1)]));
+  else if constexpr (n * sizeof(T) == 256)
+    return select(is_negative(shift_left<8 * sizeof(T) - __builtin_ctz(n)>(index)),
+                  detail::lookup_two_rows<T>(table.entry + n / 2, index),
+                  detail::lookup_two_rows<T>(table.entry, index));
   else
     return V(V::Ops::from_bits(Instructions<Encoding<T>, N>::template permute<n * sizeof(T) / 64>(
         index.reg, table.entry)));

@@ -11,7 +11,11 @@
 
 namespace zorp {
 
-/// Double: x = 2^e (1 + r) / c', |r| <= 2^(1-bits) or hardly more. c is the reciprocal of the
+/// Of the element's encoding.
+template <class V>
+inline constexpr int fraction_bits = same<typename V::Element, double> ? 52 : 23;
+
+/// x = 2^e (1 + r) / c', |r| <= 2^(1-bits) or hardly more. c is the reciprocal of the
 /// significand in [1, 2), rounded to a multiple of 2^-bits in [1/2, 1]; c' is c, or 2 c below 3/4,
 /// which counts into the next binade: so x just below 1 has e = 0 and c' = 1, as x just above 1,
 /// and nothing cancels there. The top of c's fraction indexes a table of 2^(bits-1) values -log c'.
@@ -26,7 +30,24 @@ struct ReciprocalReduction {
     c = round_scale<bits_of_c << 4 | 0x08>(reciprocal14(m));
     e = add_where(compare<_CMP_LT_OQ>(c, k.three_quarters), exponent(x), k.one);
     r = fms(m, c, k.one);  // exact
-    index = shift_right<52 - (bits_of_c - 1)>(bits(c));
+    index = shift_right<fraction_bits<V> - (bits_of_c - 1)>(bits(c));
+  }
+};
+
+/// The same by the significand in [1/2, 1), so that c is a multiple of 2^-bits in [1, 2]: |r| is
+/// half as large or hardly more, and the table has 2^bits values.
+template <int bits_of_c, class V>
+struct FineReciprocalReduction {
+  V e, r;
+  decltype(bits(V())) index;
+
+  template <class Block>
+  FineReciprocalReduction(V x, const Block& k) {
+    const V m = significand<0x0A>(x);
+    const V c = round_scale<bits_of_c << 4 | 0x08>(reciprocal14(m));
+    e = add_where(compare<_CMP_LT_OQ>(c, k.three_halves), exponent(x), k.one);
+    r = fms(m, c, k.one);  // exact
+    index = shift_right<fraction_bits<V> - bits_of_c>(bits(c));
   }
 };
 

@@ -47,6 +47,17 @@ Operands sort_operands(const LibraryFile& library, const Kernel& kernel, int poo
     caller(std::vector<Tuple>(kernel.width, tuple));
     (watcher.entries().empty() ? sorted.ordinary : sorted.calling).push_back(tuple);
   }
+  // Beside a lane that needs the second path, lanes can be called out that aren't among their like.
+  if (kernel.width > 1 && !sorted.calling.empty()) {
+    watcher.watch({kernel.rare_symbol()});
+    std::erase_if(sorted.ordinary, [&](const Tuple& tuple) {
+      std::vector<Tuple> lanes(kernel.width, tuple);
+      lanes[0] = sorted.calling[0];
+      watcher.forget_entries();
+      caller(lanes);
+      return watcher.entries_into(kernel.rare_symbol()) != 1;
+    });
+  }
   watcher.watch({});
   return sorted;
 }

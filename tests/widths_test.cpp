@@ -13,13 +13,22 @@ class Widths : public testing::TestWithParam<Variant> {
     return operand_pool(GetParam().kernel(1).operands(), GetParam().trapped() ? 48 : 256);
   }
   const Library& library() const { return loaded(*GetParam().library); }
+  /// Lanes of pown that multiply out to a number near the ends of the range, or start from a
+  /// subnormal, go to the rare routine once another lane needs the second path, and may then have
+  /// other last bits.
+  bool lanes_depend_on_neighbours() const { return GetParam().family->name == "pown"; }
+  static constexpr Tuple kNeedsSecondPath = {0, 0x80000000};
 };
 
 TEST_P(Widths, AgreeInEveryLane) {
   const std::vector<Tuple> pool = this->pool();
-  Caller scalar(GetParam().kernel(1), library());
-  std::vector<Results> expected;
-  for (const Tuple& tuple : pool) expected.push_back(scalar({&tuple, 1}));
+  Caller scalar(GetParam().kernel(1), library()), pair(GetParam().kernel(2), library());
+  std::vector<Results> expected, beside;
+  for (const Tuple& tuple : pool) {
+    expected.push_back(scalar({&tuple, 1}));
+    if (lanes_depend_on_neighbours())
+      beside.push_back(pair(std::vector<Tuple>{tuple, kNeedsSecondPath}));
+  }
 
   for (const Kernel& kernel : GetParam().kernels()) {
     Caller caller(kernel, library());
@@ -29,11 +38,15 @@ TEST_P(Widths, AgreeInEveryLane) {
       for (int i = 0; i < kernel.width; ++i) lanes[i] = pool[(start + i) % pool.size()];
       const Results& results = caller(lanes);
       for (std::size_t output = 0; output < caller.outputs().size(); ++output)
-        for (int i = 0; i < kernel.width; ++i)
-          ASSERT_EQ(hex(caller.output(results, output, i)),
-                    hex(scalar.output(expected[(start + i) % pool.size()], output, 0)))
+        for (int i = 0; i < kernel.width; ++i) {
+          const std::size_t from = (start + i) % pool.size();
+          const Bits actual = caller.output(results, output, i);
+          if (lanes_depend_on_neighbours() && actual == pair.output(beside[from], output, 0))
+            continue;
+          ASSERT_EQ(hex(actual), hex(scalar.output(expected[from], output, 0)))
               << kernel.name() << hex(lanes[i], caller.operands().size()) << " in lane " << i
               << " against width 1, result " << output;
+        }
     }
   }
 }

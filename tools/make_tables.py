@@ -562,6 +562,166 @@ def trig_tables():
     )
 
 
+def log2(value):
+    return Fraction(
+        (Decimal(value.numerator) / Decimal(value.denominator)).ln() / Decimal(2).ln()
+    )
+
+
+def shortened(value, bits):
+    """value > 0, rounded to nearest at that many significant bits."""
+    unit = Fraction(1, 2**bits)
+    while value >= unit * 2**bits:
+        unit *= 2
+    while value < unit * 2 ** (bits - 1):
+        unit /= 2
+    return round(value / unit) * unit
+
+
+def cut(value, bits):
+    """value, cut toward zero to a multiple of 2^-bits."""
+    return Fraction(int(value * 2**bits), 2**bits)
+
+
+def split_pairs(values, high):
+    """Each value as high(value) and what that leaves."""
+    return [part for v in values for part in (high(v), v - high(v))]
+
+
+def pow_tables():
+    def logs(n):
+        values = [-log2(Fraction(n + j, n)) for j in range(n)]
+        return values[: n // 2] + [v + 1 for v in values[n // 2 :]]
+
+    tables = []
+    for element, bits in (("double", 40), ("float", 16)):
+        high = [Fraction(round(v * 2**bits), 2**bits) for v in logs(32)]
+        rest = [v - h for v, h in zip(logs(32), high)]
+        what = f"-log2(1 + j/32), plus 1 from j = 16 on: in units of 2^-{bits}"
+        tables.append(table(f"pow_log2_high_{element}_32", element, high, what))
+        tables.append(table(f"pow_log2_low_{element}_32", element, rest, "What that leaves"))
+    tables.append(
+        table(
+            "pow_log2_float_16",
+            "float",
+            logs(16),
+            "-log2(1 + j/16), plus 1 from j = 8 on: rounded",
+        )
+    )
+    return header("Tables of the logarithm of powers.", tables)
+
+
+# Near log2 e, with few bits: what the last stages of the logarithms reduce their argument to.
+NEAR_LOG2E = {"double": Fraction(6051101, 2**22), "float": Fraction(738, 2**9)}
+
+
+def power_path_tables():
+    def stage(steps, count, last_above, bits, factor=1):
+        """factor/(1 + i/steps) up to i = last_above, factor/(1 - (count - i)/(2 steps)) behind."""
+
+        def divisor(i):
+            return 1 + (Fraction(i, steps) if i <= last_above else Fraction(i - count, 2 * steps))
+
+        return [shortened(factor / divisor(i), bits) for i in range(count + 1)]
+
+    tables = []
+    for element in ("double", "float"):
+        k = NEAR_LOG2E[element]
+        if element == "double":
+            stages = [stage(32, 32, 32, 15), stage(512, 32, 14, 15), stage(32768, 128, 60, 23, k)]
+            steps, midpoint, bits = (32, 512, 32768), 16, 42
+            high_power, unit = lambda v: nearest(v, "double"), "rounded value"
+        else:
+            stages = [stage(8, 8, 8, 7), stage(32, 8, 2, 7), stage(256, 16, 4, 10, k)]
+            steps, midpoint, bits = (8, 32, 256), 4, 17
+            high_power, unit = lambda v: Fraction(round(v * 2**22), 2**22), "multiple of 2^-22"
+        for number, reciprocals in enumerate(stages, 1):
+            one, name = (k, "k") if number == 3 else (1, "1")
+            logs = [-log2(r / one) for r in reciprocals]
+            n, last = steps[number - 1], len(reciprocals) - 1
+            what = f"r = {name}/(1 + i/{n}), shortened"
+            if number == 1:
+                logs = logs[:midpoint] + [v - 1 for v in logs[midpoint:]]
+            else:
+                what += f"; in the upper half {name}/(1 - ({last} - i)/{2 * n})"
+            tables.append(
+                table(f"power_reciprocals_{number}_{element}", element, reciprocals, what)
+            )
+            of_what = f"-log2 {'(r/k)' if number == 3 else 'r'}"
+            if number == 1:
+                of_what += f", less 1 from i = {midpoint} on"
+            tables.append(
+                table(
+                    f"power_logs_{number}_{element}",
+                    element,
+                    split_pairs(logs, lambda v: cut(v, bits)),
+                    f"{of_what}: multiple of 2^-{bits} and what it leaves, entry by entry",
+                )
+            )
+        powers = [power_of_two(Fraction(j, 128)) for j in range(128)]
+        tables.append(
+            table(
+                f"exp2_pairs_{element}_128",
+                element,
+                split_pairs(powers, high_power),
+                f"2^(j/128): {unit} and what it leaves, entry by entry",
+            )
+        )
+    return header("Tables of the scalar power function, and of 2^x for pown and rootn.", tables)
+
+
+def pown_tables():
+    def ln(value):
+        return Fraction(Decimal(value.numerator).ln() - Decimal(value.denominator).ln())
+
+    triples = []
+    for i in range(65):
+        r = Fraction(round(256 / (1 + Fraction(i, 64))), 256)
+        triples += split_pairs([-ln(r)], lambda v: cut(v, 14)) + [r]
+
+    k = NEAR_LOG2E["double"]
+    reciprocals = [shortened(k / (1 + Fraction(i, 1024)), 23) for i in range(1025)]
+    logs = [-log2(r / k) - (1 if i >= 512 else 0) for i, r in enumerate(reciprocals)]
+
+    def upper_word(value):
+        return decode(encode(value, "double") >> 32 << 32, "double")
+
+    short_logs = [-ln(Fraction(c, 512 if c <= 724 else 1024)) for c in range(512, 1025)]
+    # A little below 1: spreads the error of 1 + r for r in [0, ln 2 / 2048] to both sides.
+    t = decode(0x3FEFFFFFFC27DD9E, "double")
+    powers = [nearest(power_of_two(Fraction(j, 2048)), "double") * t for j in range(2048)]
+    powers = [nearest(v, "double") for v in powers]
+    powers[1242] += Fraction(1, 2**52)  # one unit above its rule
+    tables = [
+        table(
+            "pown_logs_float_65",
+            "float",
+            triples,
+            "-ln r in two parts and r = 1/(1 + i/64) to 8 bits, entry by entry",
+        ),
+        table(
+            "pown_reciprocals_double_1025",
+            "double",
+            reciprocals,
+            "k/(1 + i/1024), k near log2 e, to 23 bits",
+        ),
+        table(
+            "pown_logs_double_1025",
+            "double",
+            split_pairs(logs, upper_word),
+            "-log2 of these over k, less 1 from i = 512 on, in two parts, entry by entry",
+        ),
+        table(
+            "pown_short_logs_double_513",
+            "double",
+            short_logs,
+            "-ln(c/512), c = 512 + i; -ln(c/1024) from c = 725 on",
+        ),
+        table("pown_powers_double_2048", "double", powers, "2^(j/2048) times a number below 1"),
+    ]
+    return header("Tables of pown and rootn.", tables)
+
+
 FILES = {
     "exp/exp_tables.h": exp_tables,
     "exp/hyperbolic_tables.h": hyperbolic_tables,
@@ -572,6 +732,9 @@ FILES = {
     "special/erf_tables.h": erf_tables,
     "trig/reduction_tables.h": reduction_tables,
     "trig/trig_tables.h": trig_tables,
+    "pow/pow_tables.h": pow_tables,
+    "pow/pown_tables.h": pown_tables,
+    "pow/power_path_tables.h": power_path_tables,
 }
 
 

@@ -69,6 +69,7 @@ std::vector<ValueTable> hyperbolic_values();
 std::vector<ValueTable> integer_division_values();
 std::vector<ValueTable> inverse_hyperbolic_values();
 std::vector<ValueTable> logarithm_values();
+std::vector<ValueTable> power_values();
 std::vector<ValueTable> root_values();
 std::vector<ValueTable> rounding_values();
 std::vector<ValueTable> trigonometric_values();

@@ -16,7 +16,7 @@ const std::vector<ValueTable>& tables() {
     for (auto* values : {arithmetic_values, conversion_values, error_function_values,
                          exponential_values, gamma_values, half_turn_values, hyperbolic_values,
                          integer_division_values, inverse_hyperbolic_values, logarithm_values,
-                         root_values, rounding_values, trigonometric_values})
+                         power_values, root_values, rounding_values, trigonometric_values})
       for (ValueTable& table : values()) list.push_back(std::move(table));
     return list;
   }();
