@@ -28,7 +28,7 @@ struct AsinDoubleShortBlock {
   Row<double> g1, g0, pi_half, pi;
 };
 struct AsinFloatBlock {
-  Row<float> one_half, two, minus_two, nan, guard;
+  Row<float> one_half, two, nan, guard;
   Row<float> c5, c4, c3, c2, c1;
   Row<float> g1, g0, pi_half, pi;
 };
@@ -48,11 +48,11 @@ struct AsinpiDoubleShortBlock {
   Row<double> g1, g0;
 };
 struct AsinpiFloatBlock {
-  Row<float> one_half, one, minus_two;
+  Row<float> one_half, one;
   Row<float> c5, c4, c3, c2, c1, inv_pi;
 };
 struct AsinpiFloatShortBlock {
-  Row<float> one_half, one, minus_two;
+  Row<float> one_half, one;
   Row<float> c2, c1, c0;
 };
 
@@ -236,8 +236,9 @@ inline CorrectedRoot<V> root(V y, const AsinpiDoubleShortBlock& k) {
   return {a, fma(e, k.g1, k.g0), a * e};
 }
 
-/// sqrt(y) for y in (0, 1/2], rounded to nearest but for rare cases: Newton's iteration for root
-/// and half the reciprocal root together, then a correction by the exact remainder.
+/// sqrt(y), rounded to nearest but for rare cases: Newton's iteration for root and half the
+/// reciprocal root together, then a correction by the exact remainder. y lies between 2^-54 and
+/// 1/2, so that nothing underflows; other y are those of |x| >= 1, which calls out, and NaNs.
 template <class V>
 inline V iterated_root(V y, const AsinpiDoubleBlock& k) {
   const V r = reciprocal_root14(y);
@@ -249,41 +250,47 @@ inline V iterated_root(V y, const AsinpiDoubleBlock& k) {
   return fma(m, h, g);
 }
 
-/// -2 sqrt(y) and 2 sqrt(y), as asin and acos want it.
+template <class V>
+inline V twice_exact_root(V y) {
+  const V s = sqrt(y);
+  return s + s;
+}
+
+/// -2 sqrt(y), as asin wants it, by the rows of each block.
 template <class V>
 inline V minus_twice_root(V y, const auto& k) {
   return root(y, k).minus_twice();
 }
 template <class V>
-inline V minus_twice_root(V y, const AsinFloatBlock& k) {
-  return sqrt(y) * k.minus_two;
+inline V minus_twice_root(V y, const AsinFloatBlock&) {
+  return twice_exact_root(y) ^ sign_mask<V>();
 }
 template <class V>
-inline V minus_twice_root(V y, const AsinpiFloatBlock& k) {
-  return sqrt(y) * k.minus_two;
+inline V minus_twice_root(V y, const AsinpiFloatBlock&) {
+  return twice_exact_root(y) ^ sign_mask<V>();
 }
 template <class V>
-inline V minus_twice_root(V y, const AsinpiFloatShortBlock& k) {
-  return sqrt(y) * k.minus_two;
+inline V minus_twice_root(V y, const AsinpiFloatShortBlock&) {
+  return twice_exact_root(y) ^ sign_mask<V>();
 }
 template <class V>
 inline V minus_twice_root(V y, const AsinpiDoubleBlock& k) {
   const V s = iterated_root(y, k);
   return minus_magnitude(s + s);
 }
+
+/// 2 sqrt(y), as acos wants it.
 template <class V>
 inline V twice_root(V y, const auto& k) {
   return root(y, k).twice();
 }
 template <class V>
 inline V twice_root(V y, const AsinpiFloatBlock&) {
-  const V s = sqrt(y);
-  return s + s;
+  return twice_exact_root(y);
 }
 template <class V>
 inline V twice_root(V y, const AsinpiFloatShortBlock&) {
-  const V s = sqrt(y);
-  return s + s;
+  return twice_exact_root(y);
 }
 template <class V>
 inline V twice_root(V y, const AsinpiDoubleBlock& k) {
@@ -366,11 +373,11 @@ struct Asin {
     if constexpr (tier == Tier::standard) {
       const auto& k = rows(__zorp_hasin_data);
       const auto a = widen(magnitude(x)), y = half_rest(a, k);
-      return with_sign_of(narrow(half_arc_sine(a, y, root_by_product(y), k)), x);
+      return flipped_by(narrow(half_arc_sine(a, y, root_by_product(y), k)), x);
     } else {
       const auto& k = rows(__zorp_hasin_native_data);
       const auto a = magnitude(x), y = half_rest(a, k);
-      return with_sign_of(half_arc_sine(a, y, root_by_product(y), k), x);
+      return flipped_by(half_arc_sine(a, y, root_by_product(y), k), x);
     }
   }
 
@@ -383,7 +390,7 @@ struct Asin {
     const V p = excess(nan_beyond_one(min(x * x, y), y, k), k);
     // Where |x| > 1 both may be NaNs.
     const V v = fma_in_order(r, p, r);
-    return with_sign_of(add_where(big, v, k.pi_half), x);
+    return flipped_by(add_where(big, v, k.pi_half), x);
   }
 };
 
@@ -463,11 +470,11 @@ struct Asinpi {
     if constexpr (tier == Tier::standard) {
       const auto& k = rows(__zorp_hasinpi_data);
       const auto a = widen(magnitude(x)), y = half_rest(a, k);
-      return with_sign_of(narrow(half_arc_sine(a, y, root_by_reciprocals(y), k)), x);
+      return flipped_by(narrow(half_arc_sine(a, y, root_by_reciprocals(y), k)), x);
     } else {
       const auto& k = rows(__zorp_hasinpi_native_data);
       const auto a = magnitude(x), y = half_rest(a, k);
-      return with_sign_of(half_arc_sine(a, y, root_by_reciprocals(y), k), x);
+      return flipped_by(half_arc_sine(a, y, root_by_reciprocals(y), k), x);
     }
   }
 
@@ -479,16 +486,16 @@ struct Asinpi {
     const V r = select(big, minus_twice_root(y, k), a);
     const V base = select(big, V(k.one_half), constant<V>(0));
     const V v = over_pi(min(x * x, y), r, base, k);
-    return {with_sign_of(v, x), from_one(y)};
+    return {flipped_by(v, x), from_one(y)};
   }
 
   /// base + asin(r) / pi. The standard tier adds the two parts of the factor one by one.
   template <class V, class Block>
   static V over_pi(V s, V r, V base, const Block& k) {
     if constexpr (requires { pi_terms(s, k); })
-      return fma(pi_terms(s, k) * s, r, fma(r, k.inv_pi, base));
+      return fma_in_order(pi_terms(s, k) * s, r, fma(r, k.inv_pi, base));
     else
-      return fma(pi_factor(s, k), r, base);
+      return fma_in_order(pi_factor(s, k), r, base);
   }
 };
 

@@ -57,7 +57,6 @@ ZORP_SAME_BLOCK(AsinDoubleShortBlock, __zorp_dacos_native_data, __zorp_dasin_nat
 const AsinFloatBlock __zorp_sasin_data = {
     .one_half = 0x3F000000,
     .two = 0x40000000,
-    .minus_two = 0xC0000000,
     .nan = 0xFFC00000,
     .guard = 0x2F800000,  // 2^-32
     // (asin(r)/r - 1) / Y, Y in [0, 1/4]
@@ -130,7 +129,6 @@ ZORP_SAME_BLOCK(AsinpiDoubleShortBlock, __zorp_dacospi_native_data, __zorp_dasin
 const AsinpiFloatBlock __zorp_sasinpi_data = {
     .one_half = 0x3F000000,
     .one = 0x3F800000,
-    .minus_two = 0xC0000000,
     // (asin(r)/r - 1) / (pi Y), Y in [0, 1/4]
     .c5 = 0x3C5EA355,
     .c4 = 0x3BF87E20,
@@ -144,7 +142,6 @@ ZORP_SAME_BLOCK(AsinpiFloatBlock, __zorp_sacospi_data, __zorp_sasinpi_data);
 const AsinpiFloatShortBlock __zorp_sasinpi_native_data = {
     .one_half = 0x3F000000,
     .one = 0x3F800000,
-    .minus_two = 0xC0000000,
     // asin(r) / (pi r), Y in [0, 1/4]
     .c2 = 0x3CFA8B09,
     .c1 = 0x3D567E9D,

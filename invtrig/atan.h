@@ -292,10 +292,10 @@ struct Atan {
   static Vec<half, N> apply(Vec<half, N> x) {
     if constexpr (tier == Tier::standard) {
       const auto arc = half_arc_tangent(widen(magnitude(x)), rows(__zorp_hatan_data));
-      return with_sign_of(narrow(arc), x);
+      return flipped_by(narrow(arc), x);
     } else {
       const auto arc = half_arc_tangent(magnitude(x), rows(__zorp_hatan_native_data));
-      return with_sign_of(arc, x);
+      return flipped_by(arc, x);
     }
   }
 
@@ -351,10 +351,10 @@ struct Atanpi {
   static Vec<half, N> apply(Vec<half, N> x) {
     if constexpr (tier == Tier::standard) {
       const auto arc = half_arc_tangent(widen(magnitude(x)), rows(__zorp_hatanpi_data));
-      return with_sign_of(narrow(arc), x);
+      return flipped_by(narrow(arc), x);
     } else {
       const auto arc = half_arc_tangent(magnitude(x), rows(__zorp_hatanpi_native_data));
-      return with_sign_of(arc, x);
+      return flipped_by(arc, x);
     }
   }
 

@@ -100,7 +100,7 @@ inline Outcome<Vec<half, N>> half_angle(Vec<half, N> y, Vec<half, N> x, const Bl
     arc = narrow(angle(widen(pair.low), widen(pair.high)));
   else
     arc = angle(pair.low, pair.high);
-  return {with_sign_of(arc, y), classify<zeros | infinities | nans>(pair.high)};
+  return {flipped_by(arc, y), classify<zeros | infinities | nans>(pair.high)};
 }
 
 // ---- atan2 -------------------------------------------------------------------------------------

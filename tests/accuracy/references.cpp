@@ -7,6 +7,14 @@ namespace zorp::test {
 namespace {
 
 const Reference kReferences[] = {
+    {"acos", {mpfr_acos}, {{{-1, 1}, {-1, 1}}}},
+    {"acospi", {mpfr_acospi}, {{{-1, 1}, {-1, 1}}}},
+    {"asin", {mpfr_asin}, {{{-1, 1}, {-1, 1}}}},
+    {"asinpi", {mpfr_asinpi}, {{{-1, 1}, {-1, 1}}}},
+    {"atan", {mpfr_atan}, {{{-10, 10}, {-10, 10}}}},
+    {"atan2", {mpfr_atan2}, {{{-10, 10}, {-10, 10}}}},
+    {"atan2pi", {mpfr_atan2pi}, {{{-10, 10}, {-10, 10}}}},
+    {"atanpi", {mpfr_atanpi}, {{{-10, 10}, {-10, 10}}}},
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},
     {"exp", {mpfr_exp}, {{{-746, 711}, {-105, 90}}}},
     {"exp10", {mpfr_exp10}, {{{-325, 309}, {-46, 39}}}},

@@ -64,6 +64,7 @@ std::vector<ValueTable> exponential_values();
 std::vector<ValueTable> hyperbolic_values();
 std::vector<ValueTable> logarithm_values();
 std::vector<ValueTable> integer_division_values();
+std::vector<ValueTable> inverse_trigonometric_values();
 std::vector<ValueTable> rounding_values();
 
 }  // namespace zorp::test

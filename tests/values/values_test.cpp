@@ -13,8 +13,9 @@ namespace {
 const std::vector<ValueTable>& tables() {
   static const std::vector<ValueTable> all = [] {
     std::vector<ValueTable> list;
-    for (auto* values : {conversion_values, exponential_values, hyperbolic_values,
-                         integer_division_values, logarithm_values, rounding_values})
+    for (auto* values :
+         {conversion_values, exponential_values, hyperbolic_values, integer_division_values,
+          inverse_trigonometric_values, logarithm_values, rounding_values})
       for (ValueTable& table : values()) list.push_back(std::move(table));
     return list;
   }();
