@@ -55,6 +55,9 @@ struct Instructions<int64_t, N> : detail::FullBits {
   }
   static Register shift_left_by(Register v, Register n) { return _mm512_sllv_epi64(v, n); }
   static Register absolute(Register v) { return _mm512_abs_epi64(v); }
+  static Register reciprocal14_of_lower_floats(Register v) {
+    return _mm512_castps_si512(_mm512_rcp14_ps(_mm512_castsi512_ps(v)));
+  }
   static Register min(Register a, Register b) { return _mm512_min_epi64(a, b); }
   static Register max(Register a, Register b) { return _mm512_max_epi64(a, b); }
   template <int predicate>
@@ -101,6 +104,10 @@ struct Instructions<int64_t, 1> : detail::SingleBits {
   }
   static Register shift_left_by(Register v, Register n) { return _mm_sllv_epi64(v, n); }
   static Register absolute(Register v) { return _mm_abs_epi64(v); }
+  static Register reciprocal14_of_lower_floats(Register v) {
+    const __m128 f = _mm_castsi128_ps(v);
+    return _mm_castps_si128(_mm_rcp14_ss(f, f));
+  }
   static Register min(Register a, Register b) { return _mm_min_epi64(a, b); }
   static Register max(Register a, Register b) { return _mm_max_epi64(a, b); }
   template <int predicate>

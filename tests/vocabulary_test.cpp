@@ -180,6 +180,15 @@ TEST(Vocabulary, EstimatesOfReciprocalsAndRoots) {
     const double root = lane_of<double>(reciprocal_root14(v), 7);
     EXPECT_LT(std::abs(root * std::sqrt(x) - 1), 0x1p-14);
   }
+  for (float x : {1.0f, 1.9999f, 3.7f}) {
+    const auto check = [x]<int N>(Vec<int64_t, N> floats) {
+      const auto r = reciprocal14_of_lower_floats(floats);
+      EXPECT_LT(std::abs(double{lane_of<float>(r, 0)} * x - 1), 0x1p-14);
+      EXPECT_LT(std::abs(double{lane_of<float>(r, 2 * (N - 1))} * x - 1), 0x1p-14);
+    };
+    check(constant<Vec<int64_t, 1>>(std::bit_cast<uint32_t>(x)));
+    check(constant<Vec<int64_t, 16>>(std::bit_cast<uint32_t>(x)));
+  }
   for (uint16_t x : {0x3C00, 0x4123, 0x0155, 0x7BFF}) {
     const auto v = constant<Vec<half, 32>>(x);
     const double root = _cvtsh_ss(lane_of<uint16_t>(reciprocal_root11(v), 31));

@@ -19,8 +19,6 @@ getcontext().prec = 80
 ROOT = Path(__file__).resolve().parent.parent
 
 # name: (bits, fraction bits, exponent bias)
-
-
 FORMATS = {"double": (64, 52, 1023), "float": (32, 23, 127), "half": (16, 10, 15)}
 
 
@@ -722,9 +720,59 @@ def pown_tables():
     return header("Tables of pown and rootn.", tables)
 
 
+def arctangent(x):
+    """atan of a rational x >= 0, as an exact fraction of a value good to about 70 digits."""
+    if x > 1:
+        return Fraction(pi() / 2) - arctangent(1 / x)
+    # Halved angles until the series converges quickly: atan x = 2 atan(x / (1 + sqrt(1 + x^2))).
+    x = Decimal(x.numerator) / Decimal(x.denominator)
+    halvings = 0
+    while x > Decimal("0.01"):
+        x = x / (1 + (1 + x * x).sqrt())
+        halvings += 1
+    total, power, n = Decimal(0), x, 1
+    while abs(power) > Decimal(10) ** -90:
+        total += power / n if n % 4 == 1 else -power / n
+        power *= x * x
+        n += 2
+    return Fraction(total) * 2**halvings
+
+
+def atan_tables():
+    quarters = [arctangent(Fraction(j, 4)) for j in range(32)]
+
+    def rounded(name, element, first, values):
+        what = f"atan(j/4) for j from {first} on, rounded"
+        return table(f"atan_quarters_{name}", element, values, what)
+
+    pairs = []
+    for i in range(114):
+        value = arctangent(Fraction(5 + 2 * (i % 2), 4) * Fraction(2) ** (i // 2 - 3))
+        unit = Fraction(2) ** -25
+        while value >= 2 * unit * 2**25:
+            unit *= 2
+        while value < unit * 2**25:
+            unit /= 2
+        high = round(value / unit) * unit
+        pairs += [high, value - high]
+    tables = [
+        rounded("lower_double_16", "double", 0, quarters[:16]),
+        rounded("upper_double_16", "double", 16, quarters[16:]),
+        rounded("float_32", "float", 0, quarters),
+        table(
+            "atan_pairs_double_114",
+            "double",
+            pairs,
+            "atan c for c = 1.25 and 1.75 times 2^-3, 2^-2, ...: 26 bits and what they leave",
+        ),
+    ]
+    return header("Tables of arc tangents.", tables)
+
+
 FILES = {
     "exp/exp_tables.h": exp_tables,
     "exp/hyperbolic_tables.h": hyperbolic_tables,
+    "invtrig/atan_tables.h": atan_tables,
     "log/log_tables.h": log_tables,
     "trig/tanpi_tables.h": tanpi_tables,
     "pow/cbrt_tables.h": cube_root_tables,

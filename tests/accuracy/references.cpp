@@ -15,17 +15,22 @@ int lgamma(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
   return mpfr_lgamma(result, &sign, x, mode);
 }
 
-const Reference kReferences[] = {
-    {"acosh", {mpfr_acosh}, {{{1, 4}, {1, 4}}}},
-    {"asinh", {mpfr_asinh}, {{{-4, 4}, {-4, 4}}}},
-    {"atanh", {mpfr_atanh}, {{{-1, 1}, {-1, 1}}}},
-}
-
 int rcbrt(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
   return mpfr_rootn_si(result, x, -3, mode);
 }
 
 const Reference kReferences[] = {
+    {"acos", {mpfr_acos}, {{{-1, 1}, {-1, 1}}}},
+    {"acosh", {mpfr_acosh}, {{{1, 4}, {1, 4}}}},
+    {"acospi", {mpfr_acospi}, {{{-1, 1}, {-1, 1}}}},
+    {"asin", {mpfr_asin}, {{{-1, 1}, {-1, 1}}}},
+    {"asinh", {mpfr_asinh}, {{{-4, 4}, {-4, 4}}}},
+    {"asinpi", {mpfr_asinpi}, {{{-1, 1}, {-1, 1}}}},
+    {"atan", {mpfr_atan}, {{{-10, 10}, {-10, 10}}}},
+    {"atan2", {mpfr_atan2}, {{{-10, 10}, {-10, 10}}}},
+    {"atan2pi", {mpfr_atan2pi}, {{{-10, 10}, {-10, 10}}}},
+    {"atanh", {mpfr_atanh}, {{{-1, 1}, {-1, 1}}}},
+    {"atanpi", {mpfr_atanpi}, {{{-10, 10}, {-10, 10}}}},
     {"cbrt", {mpfr_cbrt}, {{{0, 8}, {0, 8}}}},
     {"cos", {mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
     {"cosh", {mpfr_cosh}, {{{-712, 712}, {-91, 91}}}},

@@ -68,6 +68,7 @@ std::vector<ValueTable> half_turn_values();
 std::vector<ValueTable> hyperbolic_values();
 std::vector<ValueTable> integer_division_values();
 std::vector<ValueTable> inverse_hyperbolic_values();
+std::vector<ValueTable> inverse_trigonometric_values();
 std::vector<ValueTable> logarithm_values();
 std::vector<ValueTable> power_values();
 std::vector<ValueTable> root_values();

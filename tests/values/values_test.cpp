@@ -13,10 +13,11 @@ namespace {
 const std::vector<ValueTable>& tables() {
   static const std::vector<ValueTable> all = [] {
     std::vector<ValueTable> list;
-    for (auto* values : {arithmetic_values, conversion_values, error_function_values,
-                         exponential_values, gamma_values, half_turn_values, hyperbolic_values,
-                         integer_division_values, inverse_hyperbolic_values, logarithm_values,
-                         power_values, root_values, rounding_values, trigonometric_values})
+    for (auto* values :
+         {arithmetic_values, conversion_values, error_function_values, exponential_values,
+          gamma_values, half_turn_values, hyperbolic_values, integer_division_values,
+          inverse_hyperbolic_values, inverse_trigonometric_values, logarithm_values, power_values,
+          root_values, rounding_values, trigonometric_values})
       for (ValueTable& table : values()) list.push_back(std::move(table));
     return list;
   }();
