@@ -411,7 +411,19 @@ inline __m512i _mm512_loadu_si512(const void* from) {
   __builtin_memcpy(&v, from, sizeof v);
   return v;
 }
+inline __m512d _mm512_loadu_pd(const void* from) { return (__m512d)_mm512_loadu_si512(from); }
+inline __m512 _mm512_loadu_ps(const void* from) { return (__m512)_mm512_loadu_si512(from); }
 inline void _mm512_storeu_si512(void* to, __m512i v) { __builtin_memcpy(to, &v, sizeof v); }
+
+inline void _mm512_storeu_pd(void* to, __m512d v) { __builtin_memcpy(to, &v, sizeof v); }
+inline void _mm512_storeu_ps(void* to, __m512 v) { __builtin_memcpy(to, &v, sizeof v); }
+
+/// A program's own change of MXCSR changes the caller's one.
+inline unsigned _mm_getcsr() { return portable::controls[4]; }
+inline void _mm_setcsr(unsigned mxcsr) {
+  portable::set_caller_control(mxcsr);
+  asm volatile("vldmxcsr %0" : : "m"(portable::controls[0]) : "memory");
+}
 
 #undef _mm512_extracti64x4_epi64
 #undef _mm512_extractf32x8_ps
