@@ -82,30 +82,37 @@ inline float multiply(float a, float b, int rounding) {
 
 // ---- Rounded arithmetic ----
 
-#define ZORP_BINARY(op)                                                              \
-  inline __m512d _mm512_##op##_round_pd(__m512d a, __m512d b, int rounding) {        \
-    return portable::by_halves<__m512d>(                                             \
-        [rounding](__m256d x, __m256d y) {                                           \
-          return portable::is_nearest(rounding) ? _mm256_##op##_pd(x, y)             \
-                                                : portable::op##_in(rounding, x, y); \
-        },                                                                           \
-        a, b);                                                                       \
-  }                                                                                  \
-  inline __m512 _mm512_##op##_round_ps(__m512 a, __m512 b, int rounding) {           \
-    return portable::by_halves<__m512>(                                              \
-        [rounding](__m256 x, __m256 y) {                                             \
-          return portable::is_nearest(rounding) ? _mm256_##op##_ps(x, y)             \
-                                                : portable::op##_in(rounding, x, y); \
-        },                                                                           \
-        a, b);                                                                       \
-  }                                                                                  \
-  inline __m128d _mm_##op##_round_sd(__m128d a, __m128d b, int rounding) {           \
-    return portable::is_nearest(rounding) ? _mm_##op##_sd(a, b)                      \
-                                          : portable::op##_in(rounding, a, b);       \
-  }                                                                                  \
-  inline __m128 _mm_##op##_round_ss(__m128 a, __m128 b, int rounding) {              \
-    return portable::is_nearest(rounding) ? _mm_##op##_ss(a, b)                      \
-                                          : portable::op##_in(rounding, a, b);       \
+#define ZORP_ROUNDED(op)                                                                     \
+  template <class V, class... A>                                                             \
+  inline V op##_rounded(int rounding, V a, A... rest) {                                      \
+    return is_nearest(rounding) ? op##_in_order(a, rest...) : op##_in(rounding, a, rest...); \
+  }
+namespace portable {
+ZORP_ROUNDED(add)
+ZORP_ROUNDED(sub)
+ZORP_ROUNDED(mul)
+ZORP_ROUNDED(div)
+ZORP_ROUNDED(fmadd)
+ZORP_ROUNDED(fmsub)
+ZORP_ROUNDED(fnmadd)
+ZORP_ROUNDED(fnmsub)
+}  // namespace portable
+#undef ZORP_ROUNDED
+
+#define ZORP_BINARY(op)                                                                  \
+  inline __m512d _mm512_##op##_round_pd(__m512d a, __m512d b, int rounding) {            \
+    return portable::by_halves<__m512d>(                                                 \
+        [rounding](auto... x) { return portable::op##_rounded(rounding, x...); }, a, b); \
+  }                                                                                      \
+  inline __m512 _mm512_##op##_round_ps(__m512 a, __m512 b, int rounding) {               \
+    return portable::by_halves<__m512>(                                                  \
+        [rounding](auto... x) { return portable::op##_rounded(rounding, x...); }, a, b); \
+  }                                                                                      \
+  inline __m128d _mm_##op##_round_sd(__m128d a, __m128d b, int rounding) {               \
+    return portable::op##_rounded(rounding, a, b);                                       \
+  }                                                                                      \
+  inline __m128 _mm_##op##_round_ss(__m128 a, __m128 b, int rounding) {                  \
+    return portable::op##_rounded(rounding, a, b);                                       \
   }
 ZORP_BINARY(add)
 ZORP_BINARY(sub)
@@ -113,30 +120,20 @@ ZORP_BINARY(mul)
 ZORP_BINARY(div)
 #undef ZORP_BINARY
 
-#define ZORP_FUSED(op)                                                                   \
-  inline __m512d _mm512_##op##_round_pd(__m512d a, __m512d b, __m512d c, int rounding) { \
-    return portable::by_halves<__m512d>(                                                 \
-        [rounding](__m256d x, __m256d y, __m256d z) {                                    \
-          return portable::is_nearest(rounding) ? _mm256_##op##_pd(x, y, z)              \
-                                                : portable::op##_in(rounding, x, y, z);  \
-        },                                                                               \
-        a, b, c);                                                                        \
-  }                                                                                      \
-  inline __m512 _mm512_##op##_round_ps(__m512 a, __m512 b, __m512 c, int rounding) {     \
-    return portable::by_halves<__m512>(                                                  \
-        [rounding](__m256 x, __m256 y, __m256 z) {                                       \
-          return portable::is_nearest(rounding) ? _mm256_##op##_ps(x, y, z)              \
-                                                : portable::op##_in(rounding, x, y, z);  \
-        },                                                                               \
-        a, b, c);                                                                        \
-  }                                                                                      \
-  inline __m128d _mm_##op##_round_sd(__m128d a, __m128d b, __m128d c, int rounding) {    \
-    return portable::is_nearest(rounding) ? _mm_##op##_sd(a, b, c)                       \
-                                          : portable::op##_in(rounding, a, b, c);        \
-  }                                                                                      \
-  inline __m128 _mm_##op##_round_ss(__m128 a, __m128 b, __m128 c, int rounding) {        \
-    return portable::is_nearest(rounding) ? _mm_##op##_ss(a, b, c)                       \
-                                          : portable::op##_in(rounding, a, b, c);        \
+#define ZORP_FUSED(op)                                                                      \
+  inline __m512d _mm512_##op##_round_pd(__m512d a, __m512d b, __m512d c, int rounding) {    \
+    return portable::by_halves<__m512d>(                                                    \
+        [rounding](auto... x) { return portable::op##_rounded(rounding, x...); }, a, b, c); \
+  }                                                                                         \
+  inline __m512 _mm512_##op##_round_ps(__m512 a, __m512 b, __m512 c, int rounding) {        \
+    return portable::by_halves<__m512>(                                                     \
+        [rounding](auto... x) { return portable::op##_rounded(rounding, x...); }, a, b, c); \
+  }                                                                                         \
+  inline __m128d _mm_##op##_round_sd(__m128d a, __m128d b, __m128d c, int rounding) {       \
+    return portable::op##_rounded(rounding, a, b, c);                                       \
+  }                                                                                         \
+  inline __m128 _mm_##op##_round_ss(__m128 a, __m128 b, __m128 c, int rounding) {           \
+    return portable::op##_rounded(rounding, a, b, c);                                       \
   }
 ZORP_FUSED(fmadd)
 ZORP_FUSED(fmsub)

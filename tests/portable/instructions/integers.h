@@ -140,7 +140,8 @@ inline __m512i permute(__m512i index, __m512i low, __m512i high) {
     Lanes<T, __m512i> part[2];
   } tables = {{lanes<T>(low), lanes<T>(high)}};
   constexpr int count = Lanes<T, __m512i>::count;
-  return by_lanes<T>([&](T i) { return tables.part[i / count & 1].lane[i & (count - 1)]; }, index);
+  return by_lanes<T>([&](T i) { return tables.part[i & count ? 1 : 0].lane[i & (count - 1)]; },
+                     index);
 }
 template <class V>
 [[gnu::always_inline]] inline V ternary_logic(V a, V b, V c, int truth) {

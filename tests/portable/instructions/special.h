@@ -203,10 +203,9 @@ inline T range(T a, T b, int imm) {
   const Number<T> x(a), y(b);
   if (x.signalling()) return x.quieted();
   if (y.signalling()) return y.quieted();
-  if (x.nan() && y.nan()) return x.value();
   T winner;
   if (x.nan() || y.nan()) {
-    winner = x.nan() ? y.value() : x.value();
+    winner = y.nan() ? x.value() : y.value();
   } else {
     const bool by_magnitude = imm & 2, larger = imm & 1;
     bool first;
@@ -268,7 +267,7 @@ inline double fix_up(double otherwise, double v, int64_t table) {
     case 1:
       return x.value();
     case 2:
-      return x.quieted();
+      return x.from_bits(x.bits | x.infinity_bits | x.quiet_bit);
     case 3:
       return x.default_nan();
     case 4:
@@ -452,10 +451,10 @@ inline __m512d _mm512_fixupimm_round_pd(__m512d otherwise, __m512d v, __m512i ta
 }
 inline __m128d _mm_fixupimm_round_sd(__m128d otherwise, __m128d v, __m128i table, int, int) {
   return portable::in_low_lane<double>(
-      [](double o, double x, double t) {
+      [](double x, double o, double t) {
         return portable::fix_up(o, x, __builtin_bit_cast(int64_t, t));
       },
-      otherwise, v, (__m128d)table);
+      v, otherwise, (__m128d)table);
 }
 
 }  // namespace zorp
