@@ -29,6 +29,7 @@ set(ZORP_KERNEL_OPTIONS
 function(zorp_sources)
   foreach(source IN LISTS ARGN)
     set_property(GLOBAL APPEND PROPERTY ZORP_COMMON_SOURCES ${source})
+    set_property(GLOBAL APPEND PROPERTY ZORP_WRITTEN_SOURCES ${PROJECT_SOURCE_DIR}/${source})
   endforeach()
 endfunction()
 
@@ -40,6 +41,8 @@ function(zorp_kernels)
   foreach(group IN LISTS ARG_GROUPS)
     set_property(GLOBAL APPEND PROPERTY ZORP_GROUPS ${group})
     foreach(element IN LISTS ARG_ELEMENTS)
+      # For other builds of the same kernels: element, header and group of each source.
+      set_property(GLOBAL APPEND PROPERTY ZORP_KERNEL_SOURCES "${element} ${ARG_HEADER} ${group}")
       set(source ${PROJECT_BINARY_DIR}/kernels/${group}_${element}.cpp)
       zorp_generated(${source} kernels ${element} ${ARG_HEADER} ${group})
       if(element STREQUAL half)

@@ -2,6 +2,9 @@
 //
 //   generate kernels ELEMENT HEADER GROUP...  the entry points of these families for one element
 //                                             type (double, float, half), in terms of HEADER
+//   generate portable ELEMENT HEADER GROUP... the same kernels as a table of functions on arrays,
+//   in
+//                                             width 1 and in the widest, for the portable build
 //   generate version-script GROUP...          the linker's version script
 //   generate names GROUP...                   the exported names, one a line
 //   generate header ACCURACY GROUP...         the public header's declarations, ACCURACY being the
@@ -91,6 +94,17 @@ class EntryPoint {
     return "return " + call + joined(arguments, ", ", identity) + ");";
   }
 
+  /// The kernel as a type whose function takes arrays.
+  std::string portable_type() const {
+    std::vector<Lane> out = results_;
+    if (kernel_.pointer()) out.push_back(*kernel_.pointer());
+    return "Kernel<" + algorithm() + ", " + tier_name(kernel_.algorithm_tier()) + ", " +
+           std::to_string(kernel_.width) +
+           (kernel_.special_lanes() == Class::A ? ", true, " : ", false, ") +
+           (kernel_.calls_out() ? kernel_.wrapper_symbol() : "nullptr") + ", Types<" +
+           joined(out, ", ", lane_type) + ">, Types<" + joined(operands_, ", ", lane_type) + ">>";
+  }
+
   /// The images that a wrapper receives, as parameters: operands, then results.
   std::string wrapper_parameters() const {
     std::vector<std::string> images = rare_parameters();
@@ -156,11 +170,40 @@ bool makes_calls(Element element, const std::vector<std::string>& groups) {
   return false;
 }
 
+Element element_of(const std::string& name) {
+  return name == "double" ? Element::f64 : name == "float" ? Element::f32 : Element::f16;
+}
+
+/// The callout wrappers of kernels, with the declarations of the rare routines. A wrapper depends
+/// on the rare routine alone, not on tier or (but for width 1 and the wrappers of all lanes) width:
+/// one copy carries the names of all.
+class Wrappers {
+ public:
+  void print(const Kernel& kernel, const char* preparation = "") {
+    const EntryPoint entry(kernel);
+    const auto parameters = joined(entry.rare_parameters(), ", ", [](auto& p) { return p; });
+    if (declared_.insert(kernel.rare_symbol()).second)
+      std::printf("\nvoid %s(%s);\n", kernel.rare_symbol().c_str(), parameters.c_str());
+    const std::string body = entry.wrapper_body();
+    const auto [known, is_new] =
+        printed_.emplace(kernel.rare_symbol() + body, kernel.wrapper_symbol());
+    if (is_new)
+      std::printf("\n[[gnu::noinline, gnu::cold]] void %s(%s) {\n  %s%s\n}\n",
+                  kernel.wrapper_symbol().c_str(), entry.wrapper_parameters().c_str(), preparation,
+                  body.c_str());
+    else
+      std::printf("\n[[gnu::alias(\"%s\"), gnu::cold]] void %s(%s);\n", known->second.c_str(),
+                  kernel.wrapper_symbol().c_str(), entry.wrapper_parameters().c_str());
+  }
+
+ private:
+  std::set<std::string> declared_;
+  std::map<std::string, std::string> printed_;
+};
+
 void print_kernels(const std::string& element_name, const std::string& header,
                    const std::vector<std::string>& groups) {
-  const Element element = element_name == "double"  ? Element::f64
-                          : element_name == "float" ? Element::f32
-                                                    : Element::f16;
+  const Element element = element_of(element_name);
   std::printf(
       "// Written by export/generate from the grammar of the exported names.\n"
       "#include \"%s\"\n\n#include \"frame/kernel.h\"\n\nusing namespace zorp;\n\n",
@@ -170,28 +213,11 @@ void print_kernels(const std::string& element_name, const std::string& header,
         "// No kernel here calls a routine: rsi and rdi stay out of use instead of being saved.\n"
         "register long rsi asm(\"rsi\");\nregister long rdi asm(\"rdi\");\n\n");
   std::printf("extern \"C\" {\n");
-  std::set<std::string> declared;
-  // The wrapper depends on the rare routine alone, not on tier or (but for width 1 and the wrappers
-  // of all lanes) width: one copy carries the names of all.
-  std::map<std::string, std::string> wrappers;
+  Wrappers wrappers;
   for (const Kernel& kernel : kernels_of(groups)) {
     if (kernel.element != element) continue;
     const EntryPoint entry(kernel);
-    if (kernel.calls_out()) {
-      const auto parameters = joined(entry.rare_parameters(), ", ", [](auto& p) { return p; });
-      if (declared.insert(kernel.rare_symbol()).second)
-        std::printf("\nvoid %s(%s);\n", kernel.rare_symbol().c_str(), parameters.c_str());
-      const std::string body = entry.wrapper_body();
-      const auto [known, is_new] =
-          wrappers.emplace(kernel.rare_symbol() + body, kernel.wrapper_symbol());
-      if (is_new)
-        std::printf("\n[[gnu::noinline, gnu::cold]] void %s(%s) {\n  %s\n}\n",
-                    kernel.wrapper_symbol().c_str(), entry.wrapper_parameters().c_str(),
-                    body.c_str());
-      else
-        std::printf("\n[[gnu::alias(\"%s\"), gnu::cold]] void %s(%s);\n", known->second.c_str(),
-                    kernel.wrapper_symbol().c_str(), entry.wrapper_parameters().c_str());
-    }
+    if (kernel.calls_out()) wrappers.print(kernel);
     if (kernel.is_alias()) {
       Kernel target = kernel;
       target.tier = kernel.algorithm_tier();
@@ -203,6 +229,31 @@ void print_kernels(const std::string& element_name, const std::string& header,
     }
   }
   std::printf("\n}  // extern \"C\"\n");
+}
+
+void print_portable(const std::string& element_name, const std::string& header,
+                    const std::vector<std::string>& groups) {
+  const Element element = element_of(element_name);
+  std::vector<Kernel> kernels;
+  for (const Kernel& kernel : kernels_of(groups))
+    if (kernel.element == element &&
+        (kernel.width == 1 || kernel.width == kernel.family->widths(element).back()))
+      kernels.push_back(kernel);
+  std::printf(
+      "// Written by export/generate from the grammar of the exported names.\n"
+      "#include \"%s\"\n\n#include \"tests/portable/evaluate.h\"\n\n"
+      "using namespace zorp;\nusing namespace zorp::portable;\n\nextern \"C\" {\n",
+      header.c_str());
+  Wrappers wrappers;
+  for (const Kernel& kernel : kernels)
+    if (kernel.calls_out()) wrappers.print(kernel, "const CallersControl control;\n  ");
+  std::printf(
+      "\n}  // extern \"C\"\n\nnamespace {\n[[gnu::used, gnu::section(\"zorp_kernels\")]] "
+      "const Entry entries[] = {\n");
+  for (const Kernel& kernel : kernels)
+    std::printf("    {\"%s\", %s::evaluate},\n", kernel.name().c_str(),
+                EntryPoint(kernel).portable_type().c_str());
+  std::printf("};\n}  // namespace\n");
 }
 
 /// Lanes are joined by commas; columns with nothing in them hold a dash.
@@ -228,6 +279,8 @@ int run(const std::vector<std::string>& arguments) {
   const std::string what = arguments.empty() ? "" : arguments[0];
   if (what == "kernels" && arguments.size() > 3) {
     print_kernels(arguments[1], arguments[2], rest(3));
+  } else if (what == "portable" && arguments.size() > 3) {
+    print_portable(arguments[1], arguments[2], rest(3));
   } else if (what == "version-script") {
     std::printf("{\n  global:\n");
     for (const Kernel& kernel : kernels_of(rest(1)))
@@ -244,9 +297,10 @@ int run(const std::vector<std::string>& arguments) {
   } else if (what == "signatures") {
     print_signatures();
   } else {
-    std::fprintf(stderr,
-                 "usage: generate kernels|version-script|names|header|header-checks|summary|"
-                 "signatures ...\n");
+    std::fprintf(
+        stderr,
+        "usage: generate kernels|portable|version-script|names|header|header-checks|summary|"
+        "signatures ...\n");
     return 2;
   }
   return 0;

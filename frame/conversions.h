@@ -2,6 +2,7 @@
 // full register of the one is half a register of the other.
 #pragma once
 
+#include "frame/assembly.h"
 #include "frame/vector.h"
 
 namespace zorp {
@@ -177,7 +178,7 @@ inline Vec<int32_t, N> high_words(Vec<int64_t, N> v) {
 /// the lanes already; the compiler would do so again, by way of a general register.
 template <int N>
 inline Mask<N> for_words(Mask<N> mask) {
-  if constexpr (N <= 8) asm("" : "=k"(mask.bits) : "0"(static_cast<uint8_t>(mask.bits)));
+  if constexpr (N <= 8) return {assembly::widened_mask(static_cast<uint8_t>(mask.bits))};
   return mask;
 }
 /// The same bits as signed or unsigned lanes.

@@ -1,6 +1,7 @@
 // Double arithmetic: one 512-bit register of 8 lanes, and the scalar forms for a single lane.
 #pragma once
 
+#include "frame/assembly.h"
 #include "frame/instructions.h"
 #include "frame/rounding.h"
 
@@ -90,23 +91,13 @@ struct Instructions<double, N> {
   static Register mul_where(__mmask8 mask, Register a, Register b) {
     return _mm512_mask_mul_round_pd(a, mask, a, b, embedded<mode>);
   }
-  static Register add_in_order(Register a, Register b) {
-    Register sum;
-    asm("vaddpd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return sum;
-  }
-  static Register mul_in_order(Register a, Register b) {
-    Register product;
-    asm("vmulpd %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return product;
-  }
+  static Register add_in_order(Register a, Register b) { return assembly::add(a, b); }
+  static Register mul_in_order(Register a, Register b) { return assembly::mul(a, b); }
   static Register fma_in_order(Register a, Register b, Register c) {
-    asm("vfmadd132pd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fma(a, b, c);
   }
   static Register fnma_in_order(Register a, Register b, Register c) {
-    asm("vfnmadd132pd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fnma(a, b, c);
   }
   static Register fix_up(Register otherwise, Register v, __m512i table) {
     return _mm512_fixupimm_round_pd(otherwise, v, table, 0, sae);
@@ -203,23 +194,13 @@ struct Instructions<double, 1> {
   static Register mul_where(__mmask8 mask, Register a, Register b) {
     return _mm_mask_mul_round_sd(a, mask, a, b, embedded<mode>);
   }
-  static Register add_in_order(Register a, Register b) {
-    Register sum;
-    asm("vaddsd %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return sum;
-  }
-  static Register mul_in_order(Register a, Register b) {
-    Register product;
-    asm("vmulsd %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return product;
-  }
+  static Register add_in_order(Register a, Register b) { return assembly::add(a, b); }
+  static Register mul_in_order(Register a, Register b) { return assembly::mul(a, b); }
   static Register fma_in_order(Register a, Register b, Register c) {
-    asm("vfmadd132sd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fma(a, b, c);
   }
   static Register fnma_in_order(Register a, Register b, Register c) {
-    asm("vfnmadd132sd %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fnma(a, b, c);
   }
   static Register fix_up(Register otherwise, Register v, __m128i table) {
     return _mm_fixupimm_round_sd(otherwise, v, table, 0, sae);

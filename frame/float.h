@@ -1,6 +1,7 @@
 // Float arithmetic: one 512-bit register of 16 lanes, and the scalar forms for a single lane.
 #pragma once
 
+#include "frame/assembly.h"
 #include "frame/instructions.h"
 #include "frame/rounding.h"
 
@@ -86,23 +87,13 @@ struct Instructions<float, N> {
   static Register mul_where(__mmask16 mask, Register a, Register b) {
     return _mm512_mask_mul_round_ps(a, mask, a, b, embedded<mode>);
   }
-  static Register add_in_order(Register a, Register b) {
-    Register sum;
-    asm("vaddps %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return sum;
-  }
-  static Register mul_in_order(Register a, Register b) {
-    Register product;
-    asm("vmulps %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return product;
-  }
+  static Register add_in_order(Register a, Register b) { return assembly::add(a, b); }
+  static Register mul_in_order(Register a, Register b) { return assembly::mul(a, b); }
   static Register fma_in_order(Register a, Register b, Register c) {
-    asm("vfmadd132ps %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fma(a, b, c);
   }
   static Register fnma_in_order(Register a, Register b, Register c) {
-    asm("vfnmadd132ps %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fnma(a, b, c);
   }
   static Register bit_and(Register a, Register b) { return _mm512_and_ps(a, b); }
   static Register bit_or(Register a, Register b) { return _mm512_or_ps(a, b); }
@@ -192,23 +183,13 @@ struct Instructions<float, 1> {
   static Register mul_where(__mmask8 mask, Register a, Register b) {
     return _mm_mask_mul_round_ss(a, mask, a, b, embedded<mode>);
   }
-  static Register add_in_order(Register a, Register b) {
-    Register sum;
-    asm("vaddss %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return sum;
-  }
-  static Register mul_in_order(Register a, Register b) {
-    Register product;
-    asm("vmulss %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return product;
-  }
+  static Register add_in_order(Register a, Register b) { return assembly::add(a, b); }
+  static Register mul_in_order(Register a, Register b) { return assembly::mul(a, b); }
   static Register fma_in_order(Register a, Register b, Register c) {
-    asm("vfmadd132ss %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fma(a, b, c);
   }
   static Register fnma_in_order(Register a, Register b, Register c) {
-    asm("vfnmadd132ss %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fnma(a, b, c);
   }
   static Register bit_and(Register a, Register b) { return _mm_and_ps(a, b); }
   static Register bit_or(Register a, Register b) { return _mm_or_ps(a, b); }

@@ -23,25 +23,22 @@
 
 #include <immintrin.h>
 
+#include "frame/assembly.h"
 #include "frame/rounding.h"
 
 namespace zorp::emulated {
+
+using assembly::Fused;
 
 // ---- Widening and narrowing
 
 /// 16 halves as floats; exact, signalling NaNs become quiet (vcvtph2psx).
 inline __m512 widen(__m256i v) { return _mm512_cvt_roundph_ps(v, sae); }
 
-/// 16 floats rounded to halves (vcvtps2phx). The intrinsic has no form that suppresses exceptions.
+/// 16 floats rounded to halves (vcvtps2phx).
 template <Rounding mode>
 inline __m256i narrow(__m512 v) {
-  __m256i r;
-  if constexpr (mode == Rounding::current) {
-    asm volatile("vcvtps2ph %2, %{sae%}, %1, %0" : "=v"(r) : "v"(v), "n"(_MM_FROUND_CUR_DIRECTION));
-  } else {
-    asm("vcvtps2ph %2, %{sae%}, %1, %0" : "=v"(r) : "v"(v), "n"(static_cast<int>(mode)));
-  }
-  return r;
+  return assembly::narrow<mode>(v);
 }
 
 namespace detail {
@@ -58,46 +55,6 @@ inline __m128i narrow8(__m256 v) {
 /// Widens 8 halves.
 inline __m256 widen8(__m128i v) { return _mm512_castps512_ps256(widen(_mm256_zextsi128_si256(v))); }
 
-/// a + b where the first NaN wins.
-template <Rounding mode>
-inline __m512 add_ordered(__m512 a, __m512 b) {
-  __m512 r;
-  if constexpr (mode == Rounding::current) {
-    asm volatile("vaddps %2, %1, %0" : "=v"(r) : "v"(a), "v"(b));
-  } else {
-    asm("vaddps %R3%2, %1, %0" : "=v"(r) : "v"(a), "v"(b), "n"(embedded<mode>));
-  }
-  return r;
-}
-
-/// a * b where the first NaN wins; exact for widened halves.
-inline __m512 mul_ordered(__m512 a, __m512 b) {
-  __m512 r;
-  asm("vmulps %R3%2, %1, %0" : "=v"(r) : "v"(a), "v"(b), "n"(embedded<rz>));
-  return r;
-}
-
-/// The signs of a fused operation: madd = a*b + c, msub = a*b - c, nmadd = -a*b + c,
-/// nmsub = -a*b - c.
-enum class Fused { madd, msub, nmadd, nmsub };
-
-/// The fused operation on floats; among NaNs the order is a, b, c. In its 231 form the instruction
-/// takes the first factor from the second operand.
-template <Fused form, Rounding mode>
-inline __m512 fused_ordered(__m512 a, __m512 b, __m512 c) {
-  static_assert(mode != Rounding::current);
-  if constexpr (form == Fused::madd) {
-    asm("vfmadd231ps %R3%2, %1, %0" : "+v"(c) : "v"(a), "v"(b), "n"(embedded<mode>));
-  } else if constexpr (form == Fused::msub) {
-    asm("vfmsub231ps %R3%2, %1, %0" : "+v"(c) : "v"(a), "v"(b), "n"(embedded<mode>));
-  } else if constexpr (form == Fused::nmadd) {
-    asm("vfnmadd231ps %R3%2, %1, %0" : "+v"(c) : "v"(a), "v"(b), "n"(embedded<mode>));
-  } else {
-    asm("vfnmsub231ps %R3%2, %1, %0" : "+v"(c) : "v"(a), "v"(b), "n"(embedded<mode>));
-  }
-  return c;
-}
-
 /// Round to odd from the roundings down and up of one value. They are equal where it is exact and
 /// neighbours otherwise; of two neighbours exactly one has an odd significand. The result rounds
 /// once more, in any mode, as the exact value would. An exact zero sum comes out as +0.
@@ -110,15 +67,15 @@ template <Fused form, Rounding mode>
 inline __m256i fused(__m256i a, __m256i b, __m256i c) {
   const __m512 x = widen(a), y = widen(b), z = widen(c);
   if constexpr (mode == rd || mode == ru || mode == rz) {
-    return narrow<mode>(fused_ordered<form, mode>(x, y, z));
+    return narrow<mode>(assembly::fused<form, mode>(x, y, z));
   } else {
-    const __m512 down = fused_ordered<form, rd>(x, y, z);
-    const __m512 up = fused_ordered<form, ru>(x, y, z);
+    const __m512 down = assembly::fused<form, rd>(x, y, z);
+    const __m512 up = assembly::fused<form, ru>(x, y, z);
     __m512 sum = round_to_odd(down, up);
     if constexpr (mode == Rounding::current) {
       // An exact zero sum is -0 + +0 here, and so gets the sign that the current mode gives it.
       const __mmask16 zero = _mm512_cmp_round_ps_mask(sum, _mm512_setzero_ps(), _CMP_EQ_OQ, sae);
-      sum = _mm512_mask_mov_ps(sum, zero, add_ordered<mode>(down, up));
+      sum = _mm512_mask_mov_ps(sum, zero, assembly::add<mode>(down, up));
     }
     return narrow<mode>(sum);
   }
@@ -159,7 +116,7 @@ inline __m128i narrow(__m512d v) {
 
 template <Rounding mode = rn>
 inline __m256i add(__m256i a, __m256i b) {
-  return narrow<mode>(detail::add_ordered<mode>(widen(a), widen(b)));
+  return narrow<mode>(assembly::add<mode>(widen(a), widen(b)));
 }
 
 template <Rounding mode = rn>
@@ -169,7 +126,7 @@ inline __m256i sub(__m256i a, __m256i b) {
 
 template <Rounding mode = rn>
 inline __m256i mul(__m256i a, __m256i b) {
-  return narrow<mode>(detail::mul_ordered(widen(a), widen(b)));
+  return narrow<mode>(assembly::mul_toward_zero(widen(a), widen(b)));
 }
 
 template <Rounding mode = rn>
@@ -185,25 +142,25 @@ inline __m256i sqrt(__m256i v) {
 /// a*b + c
 template <Rounding mode = rn>
 inline __m256i fma(__m256i a, __m256i b, __m256i c) {
-  return detail::fused<detail::Fused::madd, mode>(a, b, c);
+  return detail::fused<Fused::madd, mode>(a, b, c);
 }
 
 /// a*b - c
 template <Rounding mode = rn>
 inline __m256i fms(__m256i a, __m256i b, __m256i c) {
-  return detail::fused<detail::Fused::msub, mode>(a, b, c);
+  return detail::fused<Fused::msub, mode>(a, b, c);
 }
 
 /// c - a*b
 template <Rounding mode = rn>
 inline __m256i fnma(__m256i a, __m256i b, __m256i c) {
-  return detail::fused<detail::Fused::nmadd, mode>(a, b, c);
+  return detail::fused<Fused::nmadd, mode>(a, b, c);
 }
 
 /// -a*b - c
 template <Rounding mode = rn>
 inline __m256i fnms(__m256i a, __m256i b, __m256i c) {
-  return detail::fused<detail::Fused::nmsub, mode>(a, b, c);
+  return detail::fused<Fused::nmsub, mode>(a, b, c);
 }
 
 /// 1/v, correctly rounded to nearest.

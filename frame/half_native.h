@@ -1,6 +1,7 @@
 // Half arithmetic by the AVX512-FP16 instructions.
 #pragma once
 
+#include "frame/assembly.h"
 #include "frame/instructions.h"
 #include "frame/rounding.h"
 
@@ -74,23 +75,13 @@ struct Instructions<half, N> {
   static Register blend(__mmask32 mask, Register set, Register clear) {
     return _mm512_mask_blend_ph(mask, clear, set);
   }
-  static Register add_in_order(Register a, Register b) {
-    Register sum;
-    asm("vaddph %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return sum;
-  }
-  static Register mul_in_order(Register a, Register b) {
-    Register product;
-    asm("vmulph %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return product;
-  }
+  static Register add_in_order(Register a, Register b) { return assembly::add(a, b); }
+  static Register mul_in_order(Register a, Register b) { return assembly::mul(a, b); }
   static Register fma_in_order(Register a, Register b, Register c) {
-    asm("vfmadd132ph %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fma(a, b, c);
   }
   static Register fnma_in_order(Register a, Register b, Register c) {
-    asm("vfnmadd132ph %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fnma(a, b, c);
   }
   static Register bit_and(Register a, Register b) {
     return from_bits(_mm512_and_si512(bits(a), bits(b)));
@@ -199,23 +190,13 @@ struct Instructions<half, 1> {
   static Register blend(__mmask8 mask, Register set, Register clear) {
     return _mm_mask_move_sh(clear, mask, clear, set);
   }
-  static Register add_in_order(Register a, Register b) {
-    Register sum;
-    asm("vaddsh %R3%2, %1, %0" : "=v"(sum) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return sum;
-  }
-  static Register mul_in_order(Register a, Register b) {
-    Register product;
-    asm("vmulsh %R3%2, %1, %0" : "=v"(product) : "v"(a), "v"(b), "n"(embedded<rn>));
-    return product;
-  }
+  static Register add_in_order(Register a, Register b) { return assembly::add(a, b); }
+  static Register mul_in_order(Register a, Register b) { return assembly::mul(a, b); }
   static Register fma_in_order(Register a, Register b, Register c) {
-    asm("vfmadd132sh %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fma(a, b, c);
   }
   static Register fnma_in_order(Register a, Register b, Register c) {
-    asm("vfnmadd132sh %R3%2, %1, %0" : "+v"(a) : "v"(c), "v"(b), "n"(embedded<rn>));
-    return a;
+    return assembly::fnma(a, b, c);
   }
   static Register bit_and(Register a, Register b) {
     return from_bits(_mm_and_si128(bits(a), bits(b)));

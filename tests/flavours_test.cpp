@@ -8,7 +8,7 @@ namespace {
 
 std::vector<Variant> native_half_variants() {
   std::vector<Variant> list;
-  for (const Variant& variant : variants())
+  for (const Variant& variant : kernel_variants())
     if (variant.library->name == "native" && variant.element == Element::f16)
       list.push_back(variant);
   return list;

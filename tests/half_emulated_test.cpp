@@ -17,9 +17,9 @@
 #include <utility>
 #include <vector>
 
+namespace zorp {
 namespace {
 
-namespace emulated = zorp::emulated;
 using zorp::rd;
 using zorp::rn;
 using zorp::Rounding;
@@ -898,3 +898,4 @@ TEST(HalfEmulated, Integers) {
 }
 
 }  // namespace
+}  // namespace zorp

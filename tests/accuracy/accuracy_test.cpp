@@ -36,7 +36,7 @@ std::map<std::string, double> read_limits() {
 std::vector<Variant> measurable_variants() {
   std::vector<Variant> list;
   for (const Variant& variant : variants())
-    if (variant.library->name == "emulated" && variant.tier == Tier::standard &&
+    if (variant.is_representative() && variant.tier == Tier::standard &&
         reference(variant.family->name))
       list.push_back(variant);
   return list;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tests/portable/portable.h"
 #include "tests/support/processor.h"
 
 namespace zorp::test {
@@ -25,6 +26,7 @@ Caller::Caller(const Kernel& kernel, const Library& library)
       operands_(kernel.operands()),
       outputs_(kernel.results()),
       writes_memory_(kernel.pointer() || kernel.operands_on_stack()),
+      is_portable_(library.is_portable()),
       frame_{} {
   if (kernel.pointer()) outputs_.push_back(*kernel.pointer());
   int vectors = 0, integers = 0, stack_bytes = 0;
@@ -57,7 +59,26 @@ void Caller::fill_frame() {
   for (std::byte& byte : frame_.stack_in) byte = std::byte(next() >> 56);
 }
 
+void Caller::evaluate_portably(std::span<const Tuple> lanes, std::uint32_t mxcsr) {
+  std::array<Vector, 3> arrays;
+  const void* from[3];
+  void* to[3];
+  for (std::size_t operand = 0; operand < operands_.size(); ++operand) {
+    for (int lane = 0; lane < kernel_.width; ++lane)
+      arrays[operand].set(grammar::lane_bytes(operands_[operand]), lane, lanes[lane][operand]);
+    from[operand] = arrays[operand].bytes.data();
+  }
+  for (std::size_t output = 0; output < outputs_.size(); ++output)
+    to[output] = results_.outputs[output].bytes.data();
+  const auto evaluate = reinterpret_cast<portable::Evaluate>(const_cast<void*>(frame_.target));
+  evaluate(from, to, std::size_t(kernel_.width), mxcsr);
+}
+
 const Results& Caller::operator()(std::span<const Tuple> lanes, const Conditions& conditions) {
+  if (is_portable_) {
+    evaluate_portably(lanes, conditions.mxcsr);
+    return results_;
+  }
   if (conditions.clean_upper)
     for (int i = 0; i < kFirstPreservedVector; ++i)
       std::fill(frame_.in.zmm[i].begin() + 2, frame_.in.zmm[i].end(), 0);

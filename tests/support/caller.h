@@ -65,6 +65,7 @@ class Caller {
   };
 
   void fill_frame();
+  void evaluate_portably(std::span<const Tuple> lanes, std::uint32_t mxcsr);
   void place_operands(std::span<const Tuple> lanes, const Tuple& fill);
   void read_results(const void* destination);
 
@@ -72,6 +73,7 @@ class Caller {
   std::vector<Lane> operands_, outputs_;
   std::vector<Argument> arguments_;
   bool writes_memory_;  // through rdi
+  bool is_portable_;    // a function on arrays: nothing but results to be watched
   Frame frame_;
   Results results_;
   Vector room_;

@@ -11,6 +11,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/portable/portable.h"
 #include "tests/support/processor.h"
 
 namespace zorp::test {
@@ -33,6 +34,12 @@ std::vector<LibraryFile> read_library_files() {
 const std::vector<LibraryFile>& library_files() {
   static const std::vector<LibraryFile> files = read_library_files();
   return files;
+}
+
+const LibraryFile& portable_file() {
+  static const LibraryFile file = {"portable", ZORP_PORTABLE_FILE,
+                                   library_file("emulated")->groups};
+  return file;
 }
 
 const LibraryFile* library_file(const std::string& name) {
@@ -65,6 +72,11 @@ const void* Library::find(const std::string& symbol) const {
 
 const void* Library::entry(const Kernel& kernel) const {
   const void* address = find(kernel.symbol());
+  if (const void* portable = find("zorp_portable_find")) {
+    const auto evaluate = reinterpret_cast<decltype(&zorp_portable_find)>(
+        const_cast<void*>(portable))(kernel.name().c_str());
+    address = reinterpret_cast<const void*>(evaluate);
+  }
   if (!address) throw std::runtime_error("the library has no " + kernel.symbol());
   return address;
 }
@@ -82,7 +94,8 @@ const Library& loaded(const LibraryFile& file) {
 
 std::vector<Kernel> Variant::kernels() const {
   std::vector<Kernel> list;
-  for (int width : family->widths(element)) list.push_back(kernel(width));
+  for (int width : family->widths(element))
+    if (!is_portable() || width == 1 || width == widest()) list.push_back(kernel(width));
   return list;
 }
 
@@ -90,6 +103,10 @@ std::string Variant::name() const {
   return library->name + '_' + family->name + '_' + std::string(test::name(element)) + '_' +
          std::string(test::name(tier));
 }
+
+bool Variant::is_representative() const { return library->name == "emulated" || is_portable(); }
+
+bool Variant::is_portable() const { return library == &portable_file(); }
 
 bool Variant::trapped() const {
   return library->name == "native" && element == Element::f16 && !has_half_arithmetic();
@@ -108,14 +125,25 @@ std::string_view name(Tier tier) {
 void PrintTo(const LibraryFile& file, std::ostream* out) { *out << file.name; }
 void PrintTo(const Variant& variant, std::ostream* out) { *out << variant.name(); }
 
-std::vector<Variant> variants() {
+namespace {
+std::vector<Variant> variants_of(const LibraryFile& file) {
   std::vector<Variant> list;
-  for (const LibraryFile& file : library_files())
-    for (const Kernel& kernel : file.kernels()) {
-      const Variant variant{&file, kernel.family, kernel.element, kernel.tier};
-      if (kernel.width == 1) list.push_back(variant);
-    }
+  for (const Kernel& kernel : file.kernels())
+    if (kernel.width == 1) list.push_back({&file, kernel.family, kernel.element, kernel.tier});
   return list;
 }
+}  // namespace
+
+std::vector<Variant> kernel_variants() {
+  std::vector<Variant> list;
+  if (!has_avx512()) return list;
+  for (const LibraryFile& file : library_files())
+    for (const Variant& variant : variants_of(file)) list.push_back(variant);
+  return list;
+}
+
+std::vector<Variant> portable_variants() { return variants_of(portable_file()); }
+
+std::vector<Variant> variants() { return has_avx512() ? kernel_variants() : portable_variants(); }
 
 }  // namespace zorp::test

@@ -23,6 +23,9 @@ struct LibraryFile {
 };
 
 const std::vector<LibraryFile>& library_files();
+/// The same algorithms on arrays, for processors without AVX-512 (tests/portable). It has width 1
+/// and the widest of each kernel.
+const LibraryFile& portable_file();
 /// The library of that name, or nullptr.
 const LibraryFile* library_file(const std::string& name);
 
@@ -36,6 +39,8 @@ class Library {
   /// The address of an exported symbol, or nullptr.
   const void* find(const std::string& symbol) const;
   const void* entry(const Kernel& kernel) const;  // throws if there is none
+  /// Whether entries are functions on arrays (portable::Evaluate) instead of kernels.
+  bool is_portable() const { return find("zorp_portable_find"); }
   /// Where the file's virtual address 0 is.
   std::uintptr_t base() const;
 
@@ -60,6 +65,10 @@ struct Variant {
   Kernel kernel(int width) const { return {family, element, width, tier}; }
   int widest() const { return family->widths(element).back(); }
   std::string name() const;  // native_exp_f16_half
+  /// Of the one library whose results stand for all where flavours don't matter.
+  bool is_representative() const;
+  /// Evaluated by the portable build: there are no registers to look at.
+  bool is_portable() const;
   /// Each half instruction traps and is emulated: the test should be content with fewer calls.
   bool trapped() const;
 };
@@ -71,7 +80,12 @@ std::string_view name(Tier tier);
 void PrintTo(const LibraryFile& file, std::ostream* out);
 void PrintTo(const Variant& variant, std::ostream* out);
 
-/// Of every library, for parameterised tests.
+/// Of every library that runs on this processor, for parameterised tests: without AVX-512 that is
+/// the portable build.
 std::vector<Variant> variants();
+/// Those of them that are called as kernels.
+std::vector<Variant> kernel_variants();
+/// Of the portable build.
+std::vector<Variant> portable_variants();
 
 }  // namespace zorp::test

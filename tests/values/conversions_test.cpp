@@ -104,8 +104,7 @@ const Pool& pool_for(const Conversion& conversion) {
 std::vector<Variant> conversions() {
   std::vector<Variant> list;
   for (const Variant& variant : variants())
-    if (variant.family->form == grammar::Form::conversion &&
-        variant.library == &library_files().front())
+    if (variant.family->form == grammar::Form::conversion && variant.is_representative())
       list.push_back(variant);
   return list;
 }
