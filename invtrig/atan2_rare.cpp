@@ -1,8 +1,8 @@
 // atan2 and atan2pi of single pairs with a NaN, an infinity, a zero, or an operand so small or so
 // large that the quotient needs care. In double arithmetic in which every operation rounds by
-// itself, also for float; numbers of double precision are carried in pairs.
-#include "frame/scalar.h"
+// itself, also for float.
 #include "invtrig/atan2.h"
+#include "invtrig/pairs.h"
 
 namespace zorp {
 namespace {
@@ -11,7 +11,6 @@ constexpr double pi = from_bits(uint64_t{0x400921FB54442D18});
 constexpr double pi_low = from_bits(uint64_t{0x3CA1A62633145C07});
 constexpr double pi_half = from_bits(uint64_t{0x3FF921FB54442D18});
 constexpr double pi_half_low = from_bits(uint64_t{0x3C91A62633145C07});
-constexpr double inv_pi = from_bits(uint64_t{0x3FD45F306DC9C883});
 
 int exponent_field(double magnitude) { return static_cast<int>(bits(magnitude) >> 52); }
 double power_of_two(int exponent_field) {
@@ -62,37 +61,6 @@ bool special_angle(T y, T x, const Angles<T>& angles, T* result) {
   }
   *result = from_bits(Pattern<T>(angle | sign_bits(y)));
   return true;
-}
-
-// ---- Numbers in two parts ----------------------------------------------------------------------
-
-struct Pair {
-  double high, low;
-};
-
-/// The upper half of v's significand.
-double split(double v) {
-  const double shifted = v * 0x1.0000002p27;  // 2^27 + 1
-  return shifted - (shifted - v);
-}
-
-/// p + q and what its rounding leaves.
-Pair sum(double p, double q) {
-  const double s = p + q;
-  const double g = p - s;
-  return {s, (q + g) + (p - (s + g))};
-}
-
-/// 1 / (high + low), high being a short number.
-Pair reciprocal(double high, double low) {
-  const double r = split(1 / high);
-  const double e = (1 - high * r) - low * r;
-  return {r, (1 + e) * e * r};
-}
-
-/// a b, not normalised: the upper parts are short, their product is exact.
-Pair product(const Pair& a, const Pair& b) {
-  return {a.high * b.high, a.low * b.high + (b.low * a.high + a.low * b.low)};
 }
 
 // ---- The angle in general ----------------------------------------------------------------------
@@ -185,18 +153,9 @@ double atan2(double y, double x, const ArcTable& table) {
 
 // ---- atan2pi -----------------------------------------------------------------------------------
 
-/// 1/pi, the upper part of 26 bits; and 2^-82 of it.
-constexpr Pair inv_pi_pair = {from_bits(uint64_t{0x3FD45F3070000000}),
-                              from_bits(uint64_t{0xBE21B1BBEAD603D9})};
+/// 2^-82/pi
 constexpr Pair inv_pi_scaled = {from_bits(uint64_t{0x3AB45F3070000000}),
                                 from_bits(uint64_t{0xB901B1BBEAD603D9})};
-
-/// (high + low) / pi, by the given pair for 1/pi.
-double over_pi(double high, double low, const Pair& by) {
-  const double h = split(high);
-  const double l = low + (high - h);
-  return h * by.high + (l * by.high + (h * by.low + l * by.low));
-}
 
 /// |y| / (pi x) for a quotient below 2^-52, x positive and of moderate size. Where the result is
 /// subnormal or nearly so, it is computed times 2^82 and rounds once, at the end.
@@ -231,7 +190,7 @@ double atan2pi(double y, double x, const ArcTable& table) {
     angle = tiny_quotient_over_pi(a, b);
   } else if (d <= 53) {
     const Pair general = general_angle(a, x * scale, table);
-    angle = over_pi(general.high, general.low, inv_pi_pair);
+    angle = over_pi(general.high, general.low);
   } else if (d > 73) {
     angle = 0.5;
   } else {

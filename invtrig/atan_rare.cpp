@@ -1,13 +1,7 @@
 // atan of infinities; atanpi of single operands that are infinite, huge, tiny, zero or a NaN.
-#include "frame/scalar.h"
+#include "invtrig/pairs.h"
 
 namespace zorp {
-namespace {
-
-constexpr double inv_pi = from_bits(uint64_t{0x3FD45F306DC9C883});
-
-}  // namespace
-
 extern "C" {
 
 void __zorp_datan_cout_rare(const double* x, double* result) {
@@ -24,17 +18,8 @@ void __zorp_datanpi_cout_rare(const double* x, double* result) {
   } else if (a >= 0x1p54) {
     *result = with_sign_of(0.5, *x);
   } else {
-    // Below 2^-1020: x/pi by 1/pi in two parts, times 2^82, so that only the last operation may
-    // underflow.
-    constexpr double inv_pi_high = from_bits(uint64_t{0x3FD45F3070000000}),
-                     inv_pi_low = from_bits(uint64_t{0xBE21B1BBEAD603D9});
-    const double v = a * 0x1p82;
-    const double shifted = v * 0x1.0000002p27;  // 2^27 + 1 splits v into two halves
-    const double high = shifted - (shifted - v);
-    const double low = v - high;
-    const double product =
-        ((low * inv_pi_high) + ((high * inv_pi_low) + (low * inv_pi_low))) + high * inv_pi_high;
-    *result = with_sign_of(product * 0x1p-82, *x);
+    // Below 2^-1020: scaled, so that only the last operation may underflow.
+    *result = with_sign_of(over_pi(a * 0x1p82, 0) * 0x1p-82, *x);
   }
 }
 
