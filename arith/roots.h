@@ -53,9 +53,9 @@ template <class V>
 inline Mask<V::lanes> at_end_of_range(V x) {
   return classify<0x0E>(x);
 }
-/// These, -infinity and negative numbers.
+/// These, and what has no root: -infinity and negative numbers.
 template <class V>
-inline Mask<V::lanes> without_root(V x) {
+inline Mask<V::lanes> end_of_range_or_negative(V x) {
   return classify<0x5E>(x);
 }
 
@@ -101,15 +101,15 @@ struct Sqrt {
     const auto y = reciprocal_root14(wide);
     const auto h = y * k.half, s = y * wide;
     const auto e = fnma(h, s, k.half);
-    const auto special = without_root(wide);
+    const auto special = end_of_range_or_negative(wide);
     const auto r = select(special, wide, fma(e, s, s));
     return Outcome<Vec<half, N>>{narrow(r), special};
   }
 
  private:
-  /// The float root, in the lanes of the mask from 2^78 x, 2^39 s and 2^-78 h, so that the
-  /// correction has the size of s. With rows of the block at an address of its own, as the compiler
-  /// would otherwise carry them along the first path in registers.
+  /// The float root, where in the lanes of the mask x - s^2 is taken from 2^78 x and 2^39 s, and
+  /// the factor goes into h. With rows of the block at an address of its own, as the compiler would
+  /// otherwise carry them along the first path in registers.
   template <class V>
   static V rescaled(Mask<V::lanes> tiny, V x, V s, V h, const SqrtFloatBlock& k) {
     const V scaled_x = select(tiny, x * k.big, x);
@@ -169,7 +169,7 @@ struct Rsqrt {
     const auto y = reciprocal_root14(wide);
     const auto s = y * wide, m = y * k.nhalf;
     const auto e = fms(s, m, k.nhalf);
-    const auto special = without_root(wide);
+    const auto special = end_of_range_or_negative(wide);
     const auto r = select(special, y, fma(e, y, y));
     return Outcome<Vec<half, N>>{narrow(r), special};
   }
