@@ -1,7 +1,7 @@
 // Kernels that prove the boundary forms which no family of the library uses yet: register pairs in
 // and out with a callout behind them, an integer operand beside elements, and kernels whose lanes
-// all go through the rare routine. Each borrows the name, and so the form, of a family that is still
-// to come; what it computes is made up and easily checked.
+// all go through the rare routine. Each borrows the name, and so the form, of a family that is
+// still to come; what it computes is made up and easily checked.
 #pragma once
 
 #include "frame/conversions.h"
