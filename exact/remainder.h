@@ -124,9 +124,8 @@ struct NearestDivision {
     // More than half of y is left where n is off by one: it goes up where a has the sign of y.
     const auto off = compare<_CMP_GT_OQ>(a & k.absmask, ay * k.half);
     n = add_where(off, n, ((a ^ y) & k.sign) | k.one);
-    constexpr int second_selects_negated_first_or_third = 0x2E;
-    const V against_a = ternary_logic<second_selects_negated_first_or_third>(a, k.sign, ay);
-    const V b = add_where(off, a, against_a);
+    // 0x2E takes the sign that a hasn't, and the other bits from |y|.
+    const V b = add_where(off, a, ternary_logic<0x2E>(a, k.sign, ay));
     rest = select(classify<zeros>(b), x & k.sign, b);
   }
 };

@@ -72,19 +72,17 @@ std::vector<Tuple> divisions(Element element) {
   std::vector<Tuple> tuples = telling_pairs(lane, lane);
   const std::vector<Bits> far = every_exponent(lane, 4), near = moderate(lane, int(far.size()), 5);
   for (std::size_t i = 0; i < far.size(); ++i) {
-    tuples.push_back({far[i], f.min_subnormal() + i % 3});
-    tuples.push_back({far[i], near[i]});
-    tuples.push_back({near[i], far[i]});
+    tuples.push_back({far[i], i % 2 ? near[i] : f.min_subnormal() + i % 3});
     // Some binades up, at the ends of what the fast paths serve.
     const Bits up = Bits(8 + i % 24) * f.min_normal();
     if (f.magnitude(far[i]) + up < f.infinity()) tuples.push_back({far[i] + up, far[i] ^ i % 64});
   }
-  // (k + 1/2) y, k y, and the numbers beside them.
-  const int few_bits = f.mantissa_bits / 3;
-  const std::vector<Bits> y = moderate(lane, 3000, 6), k = random_bits(Lane::u32, 3000, 7);
-  for (std::size_t i = 0; i < y.size(); ++i) {
-    const Bits divisor = y[i] & ~((f.min_normal() >> few_bits) - 1);
-    const double halves = double(k[i] >> (31 - k[i] % f.mantissa_bits / 2)) / 2;
+  // (k + 1/2) y, k y, and the numbers beside them: y has few bits, so that these are exact.
+  const Bits few_bits = ~((f.min_normal() >> f.mantissa_bits / 3) - 1);
+  const std::vector<Bits> divisors = moderate(lane, 1000, 6), k = random_bits(Lane::u32, 1000, 7);
+  for (std::size_t i = 0; i < k.size(); ++i) {
+    const Bits divisor = divisors[i] & few_bits;
+    const double halves = double(k[i] >> (31 - k[i] % (f.mantissa_bits / 2))) / 2;
     const Bits multiple = encode(element, halves * value(element, divisor));
     for (Bits offset : {-1, 0, 1})
       if (f.is_finite(multiple + offset)) tuples.push_back({multiple + offset, divisor});
