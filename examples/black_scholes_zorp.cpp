@@ -1,27 +1,14 @@
 #include <zorp_z1.h>
 
-#include <cmath>
 #include <numbers>
 
 #include "black_scholes.h"
 
 namespace {
 
-/// A function that the library lacks, by the C library's.
-__m512d by_lane(double (*function)(double), __m512d x) {
-  alignas(64) double lane[8];
-  _mm512_store_pd(lane, x);
-  for (double& value : lane) value = function(value);
-  return _mm512_load_pd(lane);
-}
-
-__m512d exp8(__m512d x) { return zorp_z1_exp8(x); }
-__m512d log8(__m512d x) { return zorp_z1_log8(x); }
-__m512d erfc8(__m512d x) { return by_lane(std::erfc, x); }
-
 __m512d normal_cdf(__m512d x) {
   return _mm512_mul_pd(_mm512_set1_pd(0.5),
-                       erfc8(_mm512_mul_pd(x, _mm512_set1_pd(-1 / std::numbers::sqrt2))));
+                       zorp_z1_erfc8(_mm512_mul_pd(x, _mm512_set1_pd(-1 / std::numbers::sqrt2))));
 }
 
 }  // namespace
@@ -41,9 +28,9 @@ void price_with_zorp(const OptionArrays& o, double* price) {
 
     const __m512d deviation = volatility * _mm512_sqrt_pd(years);
     const __m512d drift = (rate + half * volatility * volatility) * years;
-    const __m512d d1 = (log8(spot / strike) + drift) / deviation;
+    const __m512d d1 = (zorp_z1_log8(spot / strike) + drift) / deviation;
     const __m512d d2 = d1 - deviation;
-    const __m512d discounted = strike * exp8(-rate * years);
+    const __m512d discounted = strike * zorp_z1_exp8(-rate * years);
     const __m512d value =
         sign * (spot * normal_cdf(sign * d1) - discounted * normal_cdf(sign * d2));
     _mm512_mask_storeu_pd(price + i, present, value);
