@@ -157,11 +157,11 @@ struct CirclePoint {
   V c_rest, c_power, s_high, s_low;
 
   CirclePoint(const Pattern<T>* from, Vec<Encoding<T>, N> step) {
-    constexpr int entry_bytes = 4 * sizeof(T);
-    const auto offset =
-        shift_left < same<T, double>
-            ? 5
-            : 4 > (step)&constant<Vec<Encoding<T>, N>>((CircleBlock<T>::steps - 1) * entry_bytes);
+    using Bits = Vec<Encoding<T>, N>;
+    constexpr int log_entry_bytes = same<T, double> ? 5 : 4;
+    constexpr int circle_bytes = CircleBlock<T>::steps << log_entry_bytes;
+    const Bits within = constant<Bits>(circle_bytes - (1 << log_entry_bytes));
+    const Bits offset = within & shift_left<log_entry_bytes>(step);
     c_rest = gather(from, offset);
     if constexpr (same<T, double>) {
       c_power = gather(from + 1, offset);
