@@ -137,7 +137,8 @@ struct Atan2 {
     const V num = select(first, ay, minus_magnitude(x)), den = select(first, ax, ay);
     const V base = select(first, constant<V>(0), k.quarter_turn);
     V result = in_quadrant(arc(quotient(num, den, k), base, k), y, x, k);
-    // Cut to the lanes that count, so that an empty mask is known to be empty behind the branch, too.
+    // Cut to the lanes that count, so that an empty mask is known to be empty behind the branch,
+    // too.
     Mask<V::lanes> special = {lane_bits<V::lanes>(either_out_of_range(ax, ay, k))};
     if (special.bits != 0) [[unlikely]] {
       // Pairs with a zero and no NaN lie on an axis: the angle is base, or 0 for two zeros.

@@ -104,9 +104,11 @@ struct CubeRootReduction {
     }
     power = bits(b);
     const V m = significand<0x00>(x);
-    const V c = round_scale < is_double ? 0x48 : 0x58 > (reciprocal14(m));
+    constexpr int to_point = is_double ? 0x48 : 0x58;
+    const V c = round_scale<to_point>(reciprocal14(m));
     r = fms(c, m, k.one);  // exact; c has the sign of m
-    point = shift_right < is_double ? 49 : 19 > (bits(c));
+    constexpr int below_point = is_double ? 49 : 19;
+    point = shift_right<below_point>(bits(c));
   }
 };
 

@@ -71,9 +71,7 @@ TEST_P(Exports, IsMarkedForBranchTrackingAndShadowStacks) {
   }
 }
 
-TEST_P(Exports, CarriesItsName) {
-  EXPECT_EQ(elf_.dynamic_string(DT_SONAME), "libzorp_z1.so");
-}
+TEST_P(Exports, CarriesItsName) { EXPECT_EQ(elf_.dynamic_string(DT_SONAME), "libzorp_z1.so"); }
 
 TEST_P(Exports, KeepsWrappersAndRareRoutinesLocal) {
   std::set<std::string> local;

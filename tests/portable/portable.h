@@ -22,4 +22,5 @@ struct Entry {
 
 /// The function of the kernel with that name, or nullptr. The widths that are there: 1 and the
 /// widest.
-extern "C" [[gnu::visibility("default")]] zorp::portable::Evaluate zorp_portable_find(const char* kernel);
+extern "C" [[gnu::visibility("default")]] zorp::portable::Evaluate zorp_portable_find(
+    const char* kernel);
