@@ -146,6 +146,7 @@ inline __m256 _mm512_cvt_roundepu64_ps(__m512i v, int rounding) {
 #undef _mm512_cvtt_roundpd_epi32
 #undef _mm512_cvtt_roundpd_epu32
 #undef _mm_cvt_roundsd_i32
+#undef _mm_cvt_roundsd_i64
 #undef _mm_cvt_roundss_i32
 #undef _mm_cvtt_roundsd_i32
 #undef _mm_cvtt_roundsd_u32
@@ -165,6 +166,9 @@ inline __m512i _mm512_cvt_roundps_epi32(__m512 v, int rounding) {
 }
 inline int _mm_cvt_roundsd_i32(__m128d v, int rounding) {
   return _mm_cvtsi128_si32(portable::to_int32s(_mm256_zextpd128_pd256(v), rounding));
+}
+inline long long _mm_cvt_roundsd_i64(__m128d v, int rounding) {
+  return portable::to_integer<int64_t>(_mm_cvtsd_f64(v), rounding);
 }
 inline int _mm_cvt_roundss_i32(__m128 v, int rounding) {
   return _mm_cvtsi128_si32(

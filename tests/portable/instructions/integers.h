@@ -362,8 +362,13 @@ ZORP_MASK_LOGIC(8)
 ZORP_MASK_LOGIC(16)
 ZORP_MASK_LOGIC(32)
 #undef ZORP_MASK_LOGIC
+#undef _kshiftli_mask8
 #undef _kshiftri_mask16
 #undef _kshiftri_mask32
+inline __mmask8 _kshiftli_mask8(__mmask8 a, unsigned n) {
+  return static_cast<__mmask8>(n < 8 ? a << n : 0);
+}
+inline unsigned char _kortestz_mask8_u8(__mmask8 a, __mmask8 b) { return (a | b) == 0; }
 inline __mmask16 _kshiftri_mask16(__mmask16 a, unsigned n) {
   return static_cast<__mmask16>(n < 16 ? a >> n : 0);
 }
