@@ -6,7 +6,8 @@
 
 namespace zorp {
 
-/// a = (k + j/64) ln 2 + r for a from about 86 to 711, and p, a polynomial of degree 6 for e^r - 1.
+/// a = (k + j/64) ln 2 + r for a from about 86 to 711, and p, a polynomial of degree 6 for e^r - 1
+/// on [-ln 2 / 128, ln 2 / 128].
 struct ScalarExpReduction {
   int k, j;
   double p;

@@ -36,7 +36,7 @@ const Expm1DoubleShortBlock __zorp_dexpm1_native_data_avx512 = {
     .sign = 0x8000000000000000,
     .ln2 = 0x3FE62E42FEFA39EF,
     .rmask = 0xBFFFFFFFFFFFFFFF,
-    // e^r - 1 on [-ln 2 / 32, ln 2 / 32]
+    // (e^r - 1 - r) / r^2 on [-ln 2 / 32, ln 2 / 32]
     .c5 = 0x3F811168888FAD60,
     .c4 = 0x3FA555C2AABA6423,
     .c3 = 0x3FC55555541D276C,
@@ -71,7 +71,7 @@ const Expm1FloatShortBlock __zorp_sexpm1_native_data_avx512 = {
     .sign = 0x80000000,
     .ln2 = 0x3F317218,
     .rmask = 0xBFFFFFFF,
-    // e^r - 1 on [-ln 2 / 64, ln 2 / 64]
+    // (e^r - 1 - r) / r^2 on [-ln 2 / 64, ln 2 / 64]
     .c2 = 0x3F000148,
     .one = 0x3F800000,
 };

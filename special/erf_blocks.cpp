@@ -28,7 +28,7 @@ const ErfDoubleBlock __zorp_derf_data = {
     .shift = 0x42C0000000000000,  // 2^45: unit 1/128
     .tiny = 0x2FF0000000000000,   // 2^-256
     .imask = 0x00000000FFFFFFFF,
-    // erf(z + r) / (r erf'(z)) - 1 in u = z r and w = r^2, |r| <= 1/256
+    // (erf(z + r) - erf(z)) / (r erf'(z)) - 1 in u = z r and w = r^2, |r| <= 1/256
     .e1 = 0xBFA6C16DB05BDEA5,
     .e2 = 0x3FC1111235A363B1,
     .e3 = 0x3FCC71CA1C71EB57,
@@ -39,7 +39,7 @@ const ErfDoubleBlock __zorp_derf_data = {
     .e8 = 0x3FDFFFFFFFFFD4CD,
     .e9 = 0x3FE5555555554B0C,
     .e10 = 0xBFD5555555555555,
-    // the same, _native
+    // the same for _native
     .n1 = 0x3FE55557BBBBDCA6,
     .n2 = 0xBFF0000180001429,
     .n3 = 0x3FE0000400005666,

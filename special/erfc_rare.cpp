@@ -5,7 +5,7 @@
 namespace zorp {
 namespace {
 
-/// From there on the result is zero; below, what little is handed over gives `least`.
+/// Zero from the limit on. The one operand below it that a kernel hands over gives `least`.
 template <class T>
 T vanishing(T x, double limit, T least) {
   if (is_nan(x)) return quieted(x);
