@@ -4,8 +4,8 @@
 namespace zorp {
 extern "C" {
 
-// s: (sin r / r - 1) / r^2 in r^2, on |r| <= pi/2, in all blocks of double and in the standard ones
-// of float and half; the reduced float blocks have sin r / r itself as c.
+// s: (sin r / r - 1) / r^2 in r^2, on |r| <= pi/2. The reduced blocks of float have c for sin r /
+// r. t, in half: as s, for the float stage.
 const SinDoubleBlock __zorp_dsin_data = {
     .absmask = 0x7FFFFFFFFFFFFFFF,
     .inv_pi = 0x3FD45F306DC9C883,

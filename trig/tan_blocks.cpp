@@ -10,7 +10,7 @@ extern "C" {
 const TanDoubleBlock __zorp_dtan_data = {
     .absmask = 0x7FFFFFFFFFFFFFFF,
     .limit = 0x40FF400000000000,     // 128000
-    .inv_step = 0x40145F306DC9C883,  // 1 over pi/16
+    .inv_step = 0x40145F306DC9C883,  // 16/pi
     .shift = 0x4338000000000000,     // 1.5 x 2^52
     .step1 = 0x3FC921FB54442D18,     // pi/16, in three parts
     .step2 = 0x3C61A62633145C06,
@@ -32,7 +32,7 @@ ZORP_SAME_BLOCK(TanDoubleBlock, __zorp_dtan_rm_data, __zorp_dtan_data);
 const TanFloatBlock __zorp_stan_data = {
     .absmask = 0x7FFFFFFF,
     .limit = 0x46010000,     // 8256
-    .inv_step = 0x4122F983,  // 1 over pi/32
+    .inv_step = 0x4122F983,  // 32/pi
     .shift = 0x4B400000,     // 1.5 x 2^23
     .step1 = 0x3DC90FDA,     // pi/32, in three parts
     .step2 = 0x31A22168,
