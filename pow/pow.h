@@ -13,6 +13,7 @@
 #pragma once
 
 #include "log/log_reduction.h"
+#include "pow/two_parts.h"
 
 namespace zorp {
 
@@ -58,12 +59,6 @@ extern const PowHalfBlock __zorp_hpow_data;
 #pragma GCC visibility pop
 
 // ---- Steps that the algorithms share -----------------------------------------------------------
-
-/// A number in two parts, high + low.
-template <class V>
-struct TwoParts {
-  V high, low;
-};
 
 /// The lanes that the fast path can't serve: all but positive finite x and finite y.
 template <class V>

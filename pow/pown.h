@@ -14,6 +14,7 @@
 
 #include "frame/conversions.h"
 #include "frame/kernel.h"
+#include "pow/two_parts.h"
 
 namespace zorp {
 
@@ -74,15 +75,9 @@ extern const PownFloatShortBlock __zorp_spown_native_data;
 
 // ---- Steps that the algorithms share -----------------------------------------------------------
 
-/// A number in two parts. Products of high parts are exact.
+/// a x b for high parts whose product is exact.
 template <class V>
-struct Split {
-  V high, low;
-};
-
-/// a x b
-template <class V>
-inline Split<V> product(const Split<V>& a, const Split<V>& b) {
+inline TwoParts<V> product(const TwoParts<V>& a, const TwoParts<V>& b) {
   V low = a.low * b.low;
   low = fma(a.high, b.low, low);
   low = fma(a.low, b.high, low);
@@ -124,7 +119,7 @@ inline Mask<N> out_of_range(Vec<float, N> product, const Row<int32_t>& bound) {
 /// log2 |x| = high + low + rest for normal x.
 template <class V>
 struct DoubleLog2 {
-  Split<V> parts;
+  TwoParts<V> parts;
   V rest;
 
   DoubleLog2(V x, const PownDoubleBlock& k) {
@@ -170,7 +165,7 @@ struct DoublePowerSplit {
   V r, factor;
   decltype(bits(V())) offset;  // of entry j
 
-  DoublePowerSplit(const Split<V>& p, const PownDoubleBlock& k) {
+  DoublePowerSplit(const TwoParts<V>& p, const PownDoubleBlock& k) {
     const V shifted = p.high + k.shift;
     r = p.low + (p.high - (shifted - k.shift));
     const auto n = bits(shifted);
@@ -217,7 +212,7 @@ inline V short_exp(V p, const PownDoubleShortBlock& k) {
 
 /// ln |x| for normal x below the largest number.
 template <class V>
-inline Split<V> ln(V x, const PownFloatBlock& k) {
+inline TwoParts<V> ln(V x, const PownFloatBlock& k) {
   const V a = magnitude(x);
   const auto i = shift_right<17>((bits(a) & k.index_bits) + k.half_index);
   const auto offset = shift_left<3>(i) + shift_left<2>(i);
@@ -249,7 +244,7 @@ inline Split<V> ln(V x, const PownFloatBlock& k) {
 
 /// e^(p.high + p.low), by the coefficients for pown or for rootn.
 template <bool root, class V>
-inline V exp(const Split<V>& p, const PownFloatBlock& k) {
+inline V exp(const TwoParts<V>& p, const PownFloatBlock& k) {
   const V shifted = fma(p.high, k.log2e, k.shift);
   const V n = shifted - k.shift;
   V r = fnma(n, k.reduce_hi, p.high);
@@ -475,7 +470,7 @@ struct Rootn {
 
   /// 1/n in two parts.
   template <class V, class Block>
-  static Split<V> split_inverse(V n, const Block& k) {
+  static TwoParts<V> split_inverse(V n, const Block& k) {
     const V y = inverse(n, k);
     const V s = y * k.splitter;
     const V high = s - (s - y);

@@ -11,6 +11,7 @@
 #include "pow/scalar_power.h"
 
 #include "pow/power_path_tables.h"
+#include "pow/two_parts.h"
 
 namespace zorp {
 namespace {
@@ -57,12 +58,8 @@ struct Scheme<float> {
   static constexpr float p4 = from_bits(uint32_t{0xBDAB1EA1});
 };
 
-template <class T>
-struct Pair {
-  T high, low;
-};
 template <class T, int n>
-Pair<T> pair_at(const Table<T, n>& pairs, int i) {
+TwoParts<T> pair_at(const Table<T, n>& pairs, int i) {
   return {from_bits(pairs.entry[2 * i]), from_bits(pairs.entry[2 * i + 1])};
 }
 template <class T, int n>
@@ -91,10 +88,10 @@ int stage_index(T v) {
 
 /// e + l1 + l2 + l3; in double the sum of the high parts is exact, in float its errors are taken
 /// along.
-Pair<double> sum(double e, Pair<double> l1, Pair<double> l2, Pair<double> l3) {
+TwoParts<double> sum(double e, TwoParts<double> l1, TwoParts<double> l2, TwoParts<double> l3) {
   return {((e + l1.high) + l2.high) + l3.high, (l2.low + l3.low) + l1.low};
 }
-Pair<float> sum(float e, Pair<float> l1, Pair<float> l2, Pair<float> l3) {
+TwoParts<float> sum(float e, TwoParts<float> l1, TwoParts<float> l2, TwoParts<float> l3) {
   const float s1 = l1.high + e;
   float rest = (e - s1) + l1.high;
   const float s2 = l2.high + s1;
@@ -123,11 +120,11 @@ float power_polynomial(float r) {
 /// A logarithm times y, as two numbers: what the table and the scale take a multiple of 1/128 from,
 /// and the rest.
 template <class T>
-Pair<T> product(T high, T low, const Exponent<T>& y) {
+TwoParts<T> product(T high, T low, const Exponent<T>& y) {
   return {high * y.high, y.low * high + (low * y.low + y.high * low)};
 }
 /// The same with both terms of single weight in the first number.
-Pair<float> joined_product(float high, float low, const Exponent<float>& y) {
+TwoParts<float> joined_product(float high, float low, const Exponent<float>& y) {
   const float z1 = high * y.high;
   const float z2 = y.high * low + high * y.low;
   const float z = z1 + z2;
@@ -154,7 +151,7 @@ T assemble(T high, T v, int n, T sign) {
 
 template <class T, class Tables>
 T power(T x, const Exponent<T>& y, T sign, const Tables& tables,
-        Pair<T> (*multiply)(T high, T low, const Exponent<T>& y)) {
+        TwoParts<T> (*multiply)(T high, T low, const Exponent<T>& y)) {
   using S = Scheme<T>;
   T a = from_bits(magnitude_bits(x));
   int e = -Format<T>::bias;
@@ -174,8 +171,8 @@ T power(T x, const Exponent<T>& y, T sign, const Tables& tables,
   const int i3 = stage_index<3>(t2);
   const T r3 = at(tables.r3, i3);
   const T t3 = t2 * r3;
-  const Pair<T> logs = sum(static_cast<T>(e), pair_at(tables.l1, i1), pair_at(tables.l2, i2),
-                           pair_at(tables.l3, i3));
+  const TwoParts<T> logs = sum(static_cast<T>(e), pair_at(tables.l1, i1), pair_at(tables.l2, i2),
+                               pair_at(tables.l3, i3));
   const T u = t3 - S::k;
   const T lh = logs.high + u;
 
@@ -197,11 +194,11 @@ T power(T x, const Exponent<T>& y, T sign, const Tables& tables,
   const T log_rest = ((lh - lm) + p) + ((lm - log) + lo);
 
   const T high = upper_part(log), low = log - high;
-  const Pair<T> z = multiply(high, low, y);
+  const TwoParts<T> z = multiply(high, low, y);
   const T shifted = S::shifter + z.high;
   const auto steps = static_cast<int>(bits(shifted) - bits(S::shifter));
   const T r = log_rest * y.y + z.low + (z.high - (shifted - S::shifter));
-  const Pair<T> power = pair_at(tables.powers, steps & 127);
+  const TwoParts<T> power = pair_at(tables.powers, steps & 127);
   const T v = power_polynomial(r) * r * power.high + power.low;
   return assemble(power.high, v, steps >> 7, sign);
 }
