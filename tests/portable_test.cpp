@@ -3,17 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/caller.h"
+#include "tests/support/digest.h"
 #include "tests/support/processor.h"
 
 namespace zorp::test {
 namespace {
 
-class Portable : public testing::TestWithParam<Variant> {
- protected:
-  void SetUp() override {
-    if (!has_avx512()) GTEST_SKIP() << "there is no AVX-512 to compare with";
-  }
-};
+class Portable : public testing::TestWithParam<Variant> {};
 
 TEST_P(Portable, GivesTheLibrarysBits) {
   constexpr std::uint32_t kDown = 0x3f80, kUp = 0x5f80, kFlushing = 0x9fc0;
@@ -33,7 +29,19 @@ TEST_P(Portable, GivesTheLibrarysBits) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, Portable, testing::ValuesIn(portable_variants()),
+std::vector<Variant> comparable_variants() {
+  std::vector<Variant> list;
+  if (!has_avx512()) return list;
+  for (const Variant& variant : portable_variants()) {
+    const DigestRow* row = digest_row(variant);
+    const bool depends_on_estimates = row && !row->all;
+    if (!depends_on_estimates) list.push_back(variant);
+  }
+  return list;
+}
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Portable);
+INSTANTIATE_TEST_SUITE_P(, Portable, testing::ValuesIn(comparable_variants()),
                          [](const auto& info) { return info.param.name(); });
 
 }  // namespace

@@ -29,7 +29,7 @@ is a number counts as the power of two above the largest number. Written by `too
 Families with one right result (`fma`, rounding to integers, taking numbers apart, selection, integer
 division, conversions) have no rows: they give that result, and the tests compare it bit for bit.
 
-| Family | Type | Tiers | Largest error | At | Operands | Wrong NaNs or infinities |
+| Family | Type | Tiers | Largest error | At | Operands | Wrong NaNs, infinities, zeros |
 |---|---|---|---|---|---|---|
 )";
 

@@ -116,8 +116,11 @@ class Judge {
            f_.mantissa_bits;
   }
 
-  /// In ulp; nothing if one side is a NaN or an exact infinity and the other isn't.
+  /// In ulp; nothing if one side is a NaN or an exact infinity and the other isn't, or if the
+  /// result is a zero of the wrong sign.
   std::optional<double> error(Bits result) {
+    const bool zero = f_.magnitude(result) == 0, negative = result & f_.sign();
+    if (zero && !mpfr_nan_p(exact_) && negative != bool(mpfr_signbit(exact_))) return std::nullopt;
     if (mpfr_nan_p(exact_) || f_.is_nan(result)) {
       if (!mpfr_nan_p(exact_) || !f_.is_nan(result)) return std::nullopt;
       return 0;

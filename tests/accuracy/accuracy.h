@@ -45,7 +45,7 @@ struct Measurement {
   double worst_error = 0;  // in ulp
   Tuple worst_operands{};
   Bits worst_result = 0;
-  /// A NaN or an infinity on one side and something else on the other.
+  /// A NaN or an infinity on one side and something else on the other, or a zero of the wrong sign.
   std::size_t wrong_specials = 0;
   std::optional<Tuple> wrong_special_operands = {};
 };

@@ -1,5 +1,6 @@
 #include <string.h>
 
+#include "tests/portable/immintrin.h"
 #include "tests/portable/portable.h"
 
 // The linker joins the tables of all sources and marks their ends.
@@ -10,3 +11,5 @@ extern "C" zorp::portable::Evaluate zorp_portable_find(const char* kernel) {
     if (strcmp(entry->kernel, kernel) == 0) return entry->evaluate;
   return nullptr;
 }
+
+extern "C" void zorp_portable_set_estimate_bits(int bits) { zorp::portable::estimate_bits = bits; }

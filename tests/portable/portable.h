@@ -20,6 +20,10 @@ struct Entry {
 
 }  // namespace zorp::portable
 
+/// Sets the number of bits that the estimates of reciprocals have: 14, but for telling the kernels
+/// that depend on it.
+extern "C" [[gnu::visibility("default")]] void zorp_portable_set_estimate_bits(int bits);
+
 /// The function of the kernel with that name, or nullptr. The widths that are there: 1 and the
 /// widest.
 extern "C" [[gnu::visibility("default")]] zorp::portable::Evaluate zorp_portable_find(

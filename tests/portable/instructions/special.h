@@ -297,10 +297,14 @@ inline double fix_up(double otherwise, double v, int64_t table) {
   }
 }
 
+/// How many bits the estimates have. Kernels whose results change with it depend on the processor's
+/// own estimates, and so differ from the library's here.
+inline thread_local constinit int estimate_bits = 14;
+
 /// v rounded to 14 bits after the point of its significand: an estimate as good as the processor's,
 /// whose own tables differ in the last of these bits.
 inline double rounded_to_14_bits(double v) {
-  constexpr int dropped = 52 - 14;
+  const int dropped = 52 - estimate_bits;
   const uint64_t bits = __builtin_bit_cast(uint64_t, v) + (uint64_t{1} << (dropped - 1));
   return __builtin_bit_cast(double, bits >> dropped << dropped);
 }
