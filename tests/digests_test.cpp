@@ -12,7 +12,7 @@ namespace {
 std::vector<Variant> algorithms() {
   std::vector<Variant> list;
   for (const Variant& variant : variants())
-    if (variant.library->name != "probes" && !variant.kernel(1).is_alias() &&
+    if (!variant.kernel(1).is_alias() &&
         (variant.is_representative() || variant.element == Element::f16))
       list.push_back(variant);
   return list;

@@ -71,7 +71,8 @@ void print_rows(const Library& library, const grammar::Family& family, const Opt
 
 bool wanted(const grammar::Family& family, const Options& options, const Library& library) {
   const Kernel scalar{&family, family.elements[0], 1, Tier::standard};
-  if (!reference(family.name) || !library.find(scalar.symbol())) return false;
+  if (!reference(family.name)) return false;
+  if (!library.is_portable() && !library.find(scalar.symbol())) return false;
   if (options.families.empty()) return true;
   for (const std::string& name : options.families)
     if (name == family.name) return true;
@@ -84,11 +85,11 @@ int run(int argc, char** argv) {
     std::fputs("usage: accuracy LIBRARY [-n OPERANDS] [-j THREADS] [FAMILY...]\n", stderr);
     return 2;
   }
-  if (!has_avx512()) {
-    std::puts("This processor has no AVX-512: nothing is measured.");
+  const Library library(options.library);
+  if (!has_avx512() && !library.is_portable()) {
+    std::puts("This processor has no AVX-512: only the portable build can be measured.");
     return 0;
   }
-  const Library library(options.library);
   std::fputs(kIntroduction, stdout);
   for (const grammar::Family& family : grammar::families())
     if (wanted(family, options, library)) print_rows(library, family, options);
