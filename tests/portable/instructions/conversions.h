@@ -147,6 +147,7 @@ inline __m256 _mm512_cvt_roundepu64_ps(__m512i v, int rounding) {
 #undef _mm512_cvtt_roundpd_epu32
 #undef _mm_cvt_roundsd_i32
 #undef _mm_cvt_roundsd_i64
+#undef _mm512_cvt_roundpd_epi64
 #undef _mm_cvt_roundss_i32
 #undef _mm_cvtt_roundsd_i32
 #undef _mm_cvtt_roundsd_u32
@@ -188,6 +189,12 @@ inline __m512i _mm512_cvt_roundps_epu32(__m512 v, int rounding) {
   portable::Lanes<uint32_t, __m512i> r;
   for (int i = 0; i < 16; ++i)
     r.lane[i] = portable::to_integer<uint32_t>(portable::lanes<float>(v).lane[i], rounding);
+  return __builtin_bit_cast(__m512i, r);
+}
+inline __m512i _mm512_cvt_roundpd_epi64(__m512d v, int rounding) {
+  portable::Lanes<int64_t, __m512i> r;
+  for (int i = 0; i < 8; ++i)
+    r.lane[i] = portable::to_integer<int64_t>(portable::lanes<double>(v).lane[i], rounding);
   return __builtin_bit_cast(__m512i, r);
 }
 inline __m512i _mm512_cvt_roundps_epi64(__m256 v, int rounding) {
