@@ -192,7 +192,8 @@ TEST_P(ProcessorValues, AreRoundedOnce) {
     for (std::size_t i = 0; i < random.size(); ++i) {
       const Bits divisor = b[i % b.size()];
       const double dividend = value(element, divisor) * value(element, random[i]);
-      operands.push_back({encode(element, dividend) + i % 3 - 1, divisor});
+      const Bits lane_mask = f.sign() | (f.sign() - 1);
+      operands.push_back({(encode(element, dividend) + i % 3 - 1) & lane_mask, divisor});
       operands.push_back({f.magnitude(random[i]) % (4 * f.min_normal()), divisor | 7});
     }
   } else if (element == Element::f16) {
