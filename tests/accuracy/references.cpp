@@ -19,6 +19,20 @@ int rcbrt(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
   return mpfr_rootn_si(result, x, -3, mode);
 }
 
+/// -infinity at -0, where MPFR has +infinity.
+int rsqrt(mpfr_ptr result, mpfr_srcptr x, mpfr_rnd_t mode) {
+  const int inexact = mpfr_rec_sqrt(result, x, mode);
+  if (mpfr_zero_p(x)) mpfr_set_inf(result, mpfr_signbit(x) ? -1 : 1);
+  return inexact;
+}
+
+/// Nothing at 1 for an infinity or a NaN.
+int powr(mpfr_ptr result, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t mode) {
+  const int inexact = mpfr_powr(result, x, y, mode);
+  if (!mpfr_nan_p(x) && mpfr_cmp_ui(x, 1) == 0 && !mpfr_number_p(y)) mpfr_set_nan(result);
+  return inexact;
+}
+
 const Reference kReferences[] = {
     {"acos", {mpfr_acos}, {{{-1, 1}, {-1, 1}}}},
     {"acosh", {mpfr_acosh}, {{{1, 4}, {1, 4}}}},
@@ -51,10 +65,10 @@ const Reference kReferences[] = {
     {"log2", {mpfr_log2}, {{{0, 4}, {0, 4}}}},
     {"pow", {mpfr_pow}, {{{0, 8}, {0, 8}}}, Reference::Ranges{{{-360, 360}, {-44, 44}}}},
     {"pown", {mpfr_pow_si}, {{{-8, 8}, {-8, 8}}}, Reference::Ranges{{{-360, 360}, {-44, 44}}}},
-    {"powr", {mpfr_powr}, {{{0, 8}, {0, 8}}}, Reference::Ranges{{{-360, 360}, {-44, 44}}}},
+    {"powr", {powr}, {{{0, 8}, {0, 8}}}, Reference::Ranges{{{-360, 360}, {-44, 44}}}},
     {"rcbrt", {rcbrt}, {{{0, 8}, {0, 8}}}},
     {"rootn", {mpfr_rootn_si}, {{{0, 1024}, {0, 1024}}}, Reference::Ranges{{{-40, 40}, {-40, 40}}}},
-    {"rsqrt", {mpfr_rec_sqrt}, {{{0, 4}, {0, 4}}}},
+    {"rsqrt", {rsqrt}, {{{0, 4}, {0, 4}}}},
     {"sin", {mpfr_sin}, {{{-100, 100}, {-100, 100}}}},
     {"sincos", {mpfr_sin, mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
     {"sincosreg", {mpfr_sin, mpfr_cos}, {{{-100, 100}, {-100, 100}}}},
