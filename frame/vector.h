@@ -288,8 +288,8 @@ template <class V>
 inline V reciprocal14(V v) {
   return detail::map<V>([](auto r) { return V::Ops::reciprocal14(r); }, v);
 }
-/// The estimate of the float in the lower half of each lane of 64 bits. If the upper half holds zero,
-/// that of the result holds zero or an infinity.
+/// The estimate of the float in the lower half of each lane of 64 bits. If the upper half holds
+/// zero, that of the result holds zero or an infinity.
 template <int N>
 inline Vec<int64_t, N> reciprocal14_of_lower_floats(Vec<int64_t, N> v) {
   using V = Vec<int64_t, N>;
