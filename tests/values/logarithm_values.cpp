@@ -102,8 +102,6 @@ ValueTable log1p_values() {
     table.add(element, kStandardTier, f.sign() | (f.one() - 1),
               exactly(encode(element, -(f.mantissa_bits + 1) * std::numbers::ln2)));
   }
-  // From 2^53 on the sum of double loses the 1, here its whole weight.
-  table.at(Element::f64, kStandardTier, 0x1p53, exactly(encode(Element::f64, std::log(0x1p53))));
   // The faster float tier hands these operands to a routine with a table for every 64th of the
   // significand: here both its entries and the borders between them.
   for (int i = 0; i < 128; ++i) {
