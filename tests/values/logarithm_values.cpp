@@ -92,9 +92,9 @@ ValueTable log1p_values() {
   for (Element element : kElements) {
     const Format& f = format(element);
     // The NaN outside the domain has a sign in half alone.
-    const Bits sign = element == Element::f16 ? f.sign() : 0;
+    const Bits nan_sign = element == Element::f16 ? f.sign() : 0;
     for (Bits magnitude : {f.one() + 1, f.max_finite(), f.infinity()})
-      table.add(element, kAllTiers, f.sign() | magnitude, exactly(sign | f.quiet_nan()));
+      table.add(element, kAllTiers, f.sign() | magnitude, exactly(nan_sign | f.quiet_nan()));
     for (Bits sign : {Bits{0}, f.sign()})
       for (Bits tiny : {f.min_subnormal(), f.min_normal() - 1, f.min_normal(), f.min_normal() + 1})
         table.add(element, kAllTiers, sign | tiny, exactly(sign | tiny));
@@ -102,10 +102,8 @@ ValueTable log1p_values() {
     table.add(element, kStandardTier, f.sign() | (f.one() - 1),
               exactly(encode(element, -(f.mantissa_bits + 1) * std::numbers::ln2)));
   }
-  // From 2^53 on the sum of double loses the 1, here its whole weight.
-  table.at(Element::f64, kStandardTier, 0x1p53, exactly(encode(Element::f64, std::log(0x1p53))));
-  // The faster float tier hands large operands over: for each entry of its table one below the
-  // middle of the interval, and where the interval ends.
+  // The faster float tier hands these operands to a routine with a table for every 64th of the
+  // significand: here both its entries and the borders between them.
   for (int i = 0; i < 128; ++i) {
     const double x = std::ldexp(1 + i / 128.0, 127);
     table.at(Element::f32, kAllTiers, x, exactly(encode(Element::f32, std::log(x))));
