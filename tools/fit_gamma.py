@@ -6,11 +6,12 @@
     fit_gamma.py --check    measures the polynomials in that file again and fails where one is worse
                             than what the file says of it
 
-Each is a minimax polynomial in relative error (Remez's exchange), in the form in which it is
-evaluated: a product of quadratic factors, or powers whose coefficients are rounded one after the
-other, each time fitting those that are left to what the rounded ones leave. Rounding is to the
-extended format (64 bits) or to double. Also writes the reciprocals and logarithms of own_log and
-own_logl, which follow a rule.
+The products of quadratic factors start from a minimax polynomial in relative error (Remez's
+exchange); after each factor is rounded, the others are fitted to what it leaves. Next to a zero the
+fit is by least squares on Chebyshev's points, in relative error too, and each coefficient that is
+rounded leaves its rest to the next. Rounding is to the extended format (64 bits) or to double.
+
+Also writes the reciprocals and logarithms of own_log and own_logl, which follow a rule.
 """
 
 import re
@@ -287,7 +288,6 @@ def logarithm_tables():
         nearest = mp.nint(2048 / (1 + (i + mp.mpf("0.5")) / 256))
         r = nearest / 2048
         value = -mp.log(r)
-        # A power of two less than 32 bits of the fraction are kept.
         top = int(pattern(value, 53), 16) if value else 0
         high = decoded(f"0x{top & ~0xFFFFFFFF:016X}")
         long_high = mp.nint(value * 2**33) / 2**33
