@@ -10,7 +10,12 @@ case "${1:-}" in
   "") ;;
   --tests)
     packages+=(binutils ccache clang gcc libbenchmark-dev libgmp-dev libgtest-dev libmpfr-dev
-               libsleef-dev pkg-config python3 python3-mpmath)
+               libsleef-dev pkg-config python3 python3-mpmath
+               # For the clients: compilers, and a runtime of OpenCL.
+               clang-19 dpkg-dev file gfortran llvm-19 llvm-19-dev
+               ocl-icd-libopencl1 ocl-icd-opencl-dev opencl-headers pocl-opencl-icd
+               # Pictures of the measured tables.
+               python3-matplotlib)
     ;;
   *)
     echo "usage: $0 [--tests]" >&2
