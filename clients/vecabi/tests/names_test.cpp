@@ -1,0 +1,96 @@
+// The library as a file: its names, what it needs, how it is marked.
+#include "clients/vecabi/names.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <regex>
+#include <set>
+
+#include "tests/support/elf_file.h"
+#include "tests/support/library.h"
+
+namespace zorp::vecabi::test {
+namespace {
+
+using zorp::test::ElfFile;
+using Strings = std::set<std::string>;
+
+Strings exported_by(const std::string& path) {
+  const ElfFile file(path);
+  Strings names;
+  for (const ElfFile::Symbol& symbol : file.symbols(SHT_DYNSYM))
+    if (symbol.defined()) names.emplace(symbol.name);
+  return names;
+}
+
+TEST(VectorAbiNames, ExactlyThoseOfTheRule) {
+  Strings expected;
+  for (const Name& name : names(zorp::test::library_files()[0].groups))
+    expected.insert(name.symbol());
+  EXPECT_EQ(exported_by(ZORP_VECABI_FILE), expected);
+}
+
+TEST(VectorAbiNames, AllOfTheCLibrarysHeader) {
+  const Strings exported = exported_by(ZORP_VECABI_FILE);
+  std::ifstream header(ZORP_MATH_VECTOR_HEADER);
+  const std::regex line("#\\s*define __DECL_SIMD_(\\w+) __DECL_SIMD_x86_64");
+  int functions = 0;
+  std::smatch match;
+  for (std::string text; std::getline(header, text);) {
+    if (!std::regex_match(text, match, line)) continue;
+    ++functions;
+    // The compilers take each vector parameter of the prototype for a vector: pointers, too.
+    const std::regex name("_ZGV([bcde])N\\d+v+_" + match[1].str());
+    Strings letters;
+    for (const std::string& symbol : exported)
+      if (std::smatch found; std::regex_match(symbol, found, name)) letters.insert(found[1]);
+    EXPECT_EQ(letters, (Strings{"b", "c", "d", "e"})) << match[1];
+  }
+  EXPECT_GT(functions, 8);
+}
+
+#ifdef ZORP_SLEEF_FILE
+TEST(VectorAbiNames, AllOfSleefsLibraryAndFormsWithVectorsOfPointers) {
+  Strings expected;
+  // _finite, _u35 and fast forms are its own.
+  const std::regex name("_ZGV[^_]+_(?!fast)[a-z0-9]+");
+  for (const std::string& symbol : exported_by(ZORP_SLEEF_FILE))
+    if (std::regex_match(symbol, name)) expected.insert(symbol);
+  EXPECT_GT(expected.size(), 500u);
+  Strings exported;
+  for (const std::string& symbol : exported_by(ZORP_VECABI_FILE))
+    if (symbol.find("vvv_sincos") == symbol.npos) exported.insert(symbol);
+  EXPECT_EQ(exported, expected);
+}
+#endif
+
+TEST(VectorAbiNames, NeedsTheKernelsAlone) {
+  const ElfFile elf(ZORP_VECABI_FILE);
+  using List = std::vector<std::string_view>;
+  EXPECT_EQ(elf.dynamic_strings(DT_NEEDED), List{"libzorp_z1.so"});
+  EXPECT_EQ(elf.dynamic_strings(DT_SONAME), List{"libzorp_z1_vecabi.so"});
+  // Unversioned names serve programs that were linked to versioned ones.
+  for (const Elf64_Dyn& entry : elf.dynamic())
+    for (Elf64_Sxword tag : {DT_VERSYM, DT_TEXTREL, DT_INIT, DT_FINI, DT_INIT_ARRAY})
+      EXPECT_NE(entry.d_tag, tag);
+  for (const Elf64_Phdr& segment : elf.segments())
+    EXPECT_FALSE(segment.p_flags & PF_W && segment.p_flags & PF_X);
+}
+
+TEST(VectorAbiNames, AreMarkedForBranchTracking) {
+  const ElfFile elf(ZORP_VECABI_FILE);
+  const unsigned wanted = GNU_PROPERTY_X86_FEATURE_1_IBT | GNU_PROPERTY_X86_FEATURE_1_SHSTK;
+  EXPECT_EQ(elf.feature_bits() & wanted, wanted);
+  const std::vector<unsigned char> endbr64 = {0xf3, 0x0f, 0x1e, 0xfa};
+  for (const ElfFile::Symbol& symbol : elf.symbols(SHT_DYNSYM)) {
+    if (!symbol.defined()) continue;
+    EXPECT_EQ(symbol.type(), STT_FUNC) << symbol.name;
+    const auto code = elf.at(symbol.entry.st_value);
+    ASSERT_GE(code.size(), endbr64.size()) << symbol.name;
+    EXPECT_TRUE(std::equal(endbr64.begin(), endbr64.end(), code.begin())) << symbol.name;
+  }
+}
+
+}  // namespace
+}  // namespace zorp::vecabi::test
