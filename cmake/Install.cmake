@@ -18,10 +18,10 @@ endfunction()
 function(zorp_install_client name description)
   set_target_properties(zorp_z1_${name} PROPERTIES EXPORT_NAME ${name})
   install(TARGETS zorp_z1_${name} EXPORT zorp_z1-${name}
-          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${name})
+          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT clients)
   install(EXPORT zorp_z1-${name} NAMESPACE zorp:: DESTINATION ${ZORP_PACKAGE_DIR}
-          COMPONENT ${name})
-  zorp_install_pkgconfig(zorp_z1_${name} ${description} ${name})
+          COMPONENT clients)
+  zorp_install_pkgconfig(zorp_z1_${name} ${description} clients)
 endfunction()
 
 install(TARGETS zorp_z1 EXPORT zorp_z1-targets
