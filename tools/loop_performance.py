@@ -32,7 +32,7 @@ def measure(program, files, repetitions):
 
 
 def black_scholes(times):
-    header = ["compiler", "client", "ns/option", "by without", "by by hand"]
+    header = ["compiler", "client", "ns/option", "to without", "to by hand"]
     rows = []
     for name, time in times.items():
         compiler, _, client = name.rpartition("_")
@@ -64,7 +64,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("program")
     parser.add_argument("files", nargs="+")
-    parser.add_argument("--repetitions", type=int, default=1000)
+    parser.add_argument("--repetitions", type=int, default=300)
     parser.add_argument("--document", type=Path, default=ROOT / "docs" / "performance.md")
     arguments = parser.parse_args()
 

@@ -3,9 +3,10 @@
 //   generate stubs GROUP...  the assembly of libzorp_z1_vecabi.so
 //   generate names GROUP...  its names, one a line
 //
-// The kernels' contract is stricter than the platform's, so most stubs are a jump. The others use
-// what it gives beyond the platform's: zmm16 to zmm31, k4 to k7, rsi and rdi live across the call.
-// They need no alignment of the stack.
+// The kernels' contract is stricter than the platform's, so most names are a kernel itself: an
+// indirect function, which the loader asks for the address that it stands for. The others are stubs
+// that use what the contract gives beyond the platform's: zmm16 to zmm31, k4 to k7, rsi and rdi
+// live across the call, and the stack need not be aligned.
 #include <cstdio>
 #include <map>
 #include <string>
@@ -21,9 +22,7 @@ using grammar::Kernel;
 
 class Stub {
  public:
-  explicit Stub(const Name& name) : name_(name), kernels_(name.kernels()) {}
-
-  std::string code() {
+  explicit Stub(const Name& name) : name_(name), kernels_(name.kernels()) {
     line("endbr64");
     switch (name_.function->results) {
       case Results::returned:
@@ -45,26 +44,28 @@ class Stub {
         dropped_second();
         break;
     }
-    return code_;
   }
+
+  const std::string& code() const { return code_; }
+  const std::string& type() const { return type_; }
 
  private:
   void returned() {
-    if (integers_are_split() && kernels_[0].operands().size() == 2)
+    if (!integers_are_split()) return stand_for_kernel();
+    if (kernels_[0].operands().size() == 2) {
       line("vinsertf128 $1, %xmm2, %ymm1, %ymm1");
-    if (integers_are_split() && kernels_[0].results()[0] == grammar::Lane::i32) {
-      // Two registers come back in memory, whose address the caller gives.
+      line("jmp *" + address(0));
+    } else {
+      // They come back in memory, whose address the caller gives.
       call(0);
       line("vmovups %ymm0, (%rdi)");
       line("mov %rdi, %rax");
       end_without_result();
-    } else {
-      jump();
     }
   }
 
   void stored_one() {
-    if (!name_.masked) return jump();
+    if (!name_.masked) return stand_for_kernel();
     line("kmovw %esi, %k4");
     line("mov %rdi, %rsi");
     reserve(64);
@@ -148,6 +149,19 @@ class Stub {
     line("ret");
   }
 
+  /// A loader that asks before this library is relocated gets a jump instead, which it has in any
+  /// case: a program may have been linked to another library of these names.
+  void stand_for_kernel() {
+    type_ = "@gnu_indirect_function";
+    line("mov " + address(0) + ", %rax");
+    line("test %rax, %rax");
+    line("jne 1f");
+    line("lea 2f(%rip), %rax");
+    line("1: ret");
+    line("2: endbr64");
+    line("jmp *" + address(0));
+  }
+
   /// Eight integers take two registers beside eight floats in one.
   bool integers_are_split() const {
     const auto is_integer = [](grammar::Lane lane) { return lane == grammar::Lane::i32; };
@@ -159,7 +173,6 @@ class Stub {
 
   void line(const std::string& text) { code_ += '\t' + text + '\n'; }
   std::string address(int kernel) const { return kernels_[kernel].symbol() + "@GOTPCREL(%rip)"; }
-  void jump() { line("jmp *" + address(0)); }
   void call(int kernel) { line("call *" + address(kernel)); }
   void reserve(int bytes) {
     line("sub $" + std::to_string(bytes) + ", %rsp");
@@ -183,20 +196,22 @@ class Stub {
 
   const Name& name_;
   std::vector<Kernel> kernels_;
-  std::string code_;
+  std::string code_, type_ = "@function";
 };
 
 void print_stubs(const std::vector<Name>& names) {
   // Names that come down to the same code share it.
-  std::map<std::string, std::vector<std::string>> by_code;
-  for (const Name& name : names) by_code[Stub(name).code()].push_back(name.symbol());
+  std::map<std::string, std::vector<Name>> by_code;
+  for (const Name& name : names) by_code[Stub(name).code()].push_back(name);
   std::printf("\t.text\n");
-  for (const auto& [code, symbols] : by_code) {
+  for (const auto& [code, sharing] : by_code) {
+    const std::string type = Stub(sharing[0]).type();
     std::printf("\n\t.p2align 4\n");
-    for (const std::string& symbol : symbols)
-      std::printf("\t.globl %1$s\n\t.type %1$s, @function\n%1$s:\n", symbol.c_str());
+    for (const Name& name : sharing)
+      std::printf("\t.globl %1$s\n\t.type %1$s, %2$s\n%1$s:\n", name.symbol().c_str(),
+                  type.c_str());
     std::printf("\t.cfi_startproc\n%s\t.cfi_endproc\n", code.c_str());
-    for (const std::string& symbol : symbols) std::printf("\t.size %1$s, .-%1$s\n", symbol.c_str());
+    for (const Name& name : sharing) std::printf("\t.size %1$s, .-%1$s\n", name.symbol().c_str());
   }
   std::printf("\n\t.section .note.GNU-stack, \"\", @progbits\n");
 }

@@ -78,6 +78,17 @@ TEST(VectorAbiNames, NeedsTheKernelsAlone) {
     EXPECT_FALSE(segment.p_flags & PF_W && segment.p_flags & PF_X);
 }
 
+TEST(VectorAbiNames, StandForTheKernelsWhereTheConventionsAgree) {
+  const zorp::test::Library library(ZORP_VECABI_FILE);
+  for (const Name& name : names(zorp::test::library_files()[0].groups)) {
+    const std::string symbol = name.symbol();
+    const bool splits_integers = symbol == "_ZGVcN8vv_ldexpf" || symbol == "_ZGVcN8v_ilogbf";
+    if (name.function->results == Results::returned && !splits_integers) {
+      EXPECT_EQ(library.find(symbol), library.find(name.kernels()[0].symbol())) << symbol;
+    }
+  }
+}
+
 TEST(VectorAbiNames, AreMarkedForBranchTracking) {
   const ElfFile elf(ZORP_VECABI_FILE);
   const unsigned wanted = GNU_PROPERTY_X86_FEATURE_1_IBT | GNU_PROPERTY_X86_FEATURE_1_SHSTK;
@@ -85,7 +96,7 @@ TEST(VectorAbiNames, AreMarkedForBranchTracking) {
   const std::vector<unsigned char> endbr64 = {0xf3, 0x0f, 0x1e, 0xfa};
   for (const ElfFile::Symbol& symbol : elf.symbols(SHT_DYNSYM)) {
     if (!symbol.defined()) continue;
-    EXPECT_EQ(symbol.type(), STT_FUNC) << symbol.name;
+    EXPECT_TRUE(symbol.type() == STT_FUNC || symbol.type() == STT_GNU_IFUNC) << symbol.name;
     const auto code = elf.at(symbol.entry.st_value);
     ASSERT_GE(code.size(), endbr64.size()) << symbol.name;
     EXPECT_TRUE(std::equal(endbr64.begin(), endbr64.end(), code.begin())) << symbol.name;
