@@ -1,7 +1,6 @@
-// Writes what is derived from the names of the vector function ABI:
+// Writes the assembly of libzorp_z1_vecabi.so:
 //
-//   generate stubs GROUP...  the assembly of libzorp_z1_vecabi.so
-//   generate names GROUP...  its names, one a line
+//   generate GROUP...
 //
 // The kernels' contract is stricter than the platform's, so most names are a kernel itself: an
 // indirect function, which the loader asks for the address that it stands for. The others are stubs
@@ -216,22 +215,9 @@ void print_stubs(const std::vector<Name>& names) {
   std::printf("\n\t.section .note.GNU-stack, \"\", @progbits\n");
 }
 
-int run(const std::vector<std::string>& arguments) {
-  const std::string what = arguments.empty() ? "" : arguments[0];
-  if (what != "stubs" && what != "names") {
-    std::fprintf(stderr, "usage: generate stubs|names GROUP...\n");
-    return 2;
-  }
-  const std::vector<Name> names =
-      vecabi::names(std::vector<std::string>(arguments.begin() + 1, arguments.end()));
-  if (what == "stubs")
-    print_stubs(names);
-  else
-    for (const Name& name : names) std::printf("%s\n", name.symbol().c_str());
-  return 0;
-}
-
 }  // namespace
 }  // namespace zorp::vecabi
 
-int main(int argc, char** argv) { return zorp::vecabi::run({argv + 1, argv + argc}); }
+int main(int argc, char** argv) {
+  zorp::vecabi::print_stubs(zorp::vecabi::names({argv + 1, argv + argc}));
+}

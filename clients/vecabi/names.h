@@ -32,7 +32,7 @@ struct Function {
   Results results;
 };
 
-/// All functions that the C library's header or SLEEF's library of this ABI offer, and the grammar.
+/// All functions that the C library's header or SLEEF's library of this ABI offers.
 const std::vector<Function>& functions();
 
 struct Letter {

@@ -52,5 +52,6 @@ TEST(VectorAbiNames, AllOfSleefsLibraryAndFormsWithVectorsOfPointers) {
     if (symbol.find("vvv_sincos") == symbol.npos) exported.insert(symbol);
   EXPECT_EQ(exported, expected);
 }
+
 }  // namespace
 }  // namespace zorp::vecabi::test
