@@ -136,21 +136,25 @@ class Emitter {
     return shuffled(vector, mask);
   }
 
+  /// Both one after the other.
+  Value* joined(Value* first, Value* second) {
+    const unsigned lanes = lanes_of(first), more = lanes_of(second), longer = std::max(lanes, more);
+    llvm::SmallVector<int, 64> mask(lanes + more);
+    std::iota(mask.begin(), mask.begin() + lanes, 0);
+    std::iota(mask.begin() + lanes, mask.end(), int(longer));
+    return builder_.CreateShuffleVector(extended(first, longer), extended(second, longer), mask);
+  }
+
+  Value* extended(Value* vector, unsigned lanes) {
+    llvm::SmallVector<int, 64> mask(lanes, llvm::PoisonMaskElem);
+    std::iota(mask.begin(), mask.begin() + lanes_of(vector), 0);
+    return shuffled(vector, mask);
+  }
+
   Value* shuffled(Value* vector, llvm::ArrayRef<int> mask) {
     const bool same = mask.size() == lanes_of(vector) &&
                       llvm::ShuffleVectorInst::isIdentityMask(mask, int(mask.size()));
     return same ? vector : builder_.CreateShuffleVector(vector, mask);
-  }
-
-  /// Both one after the other; the second may be the shorter one.
-  Value* joined(Value* first, Value* second) {
-    const unsigned lanes = lanes_of(first), more = lanes_of(second);
-    llvm::SmallVector<int, 64> mask(lanes, llvm::PoisonMaskElem);
-    std::iota(mask.begin(), mask.begin() + more, 0);
-    second = shuffled(second, mask);
-    mask.resize(lanes + more);
-    std::iota(mask.begin(), mask.end(), 0);
-    return builder_.CreateShuffleVector(first, second, mask);
   }
 
   llvm::IRBuilder<> builder_;

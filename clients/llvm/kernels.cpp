@@ -162,7 +162,7 @@ llvm::AttributeList kernel_attributes(llvm::LLVMContext& context) {
   attributes.addMemoryAttr(llvm::MemoryEffects::none());
   for (const auto kind : {llvm::Attribute::NoUnwind, llvm::Attribute::WillReturn,
                           llvm::Attribute::NoCallback, llvm::Attribute::NoFree,
-                          llvm::Attribute::NoSync, llvm::Attribute::Speculatable})
+                          llvm::Attribute::NoSync})
     attributes.addAttribute(kind);
   return llvm::AttributeList::get(context, llvm::AttributeList::FunctionIndex, attributes);
 }
