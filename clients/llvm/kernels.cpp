@@ -1,8 +1,8 @@
 #include "clients/llvm/kernels.h"
 
 #include <llvm/IR/InstrTypes.h>
-#include <llvm/IR/Intrinsics.h>
 #include <llvm/IR/IntrinsicInst.h>
+#include <llvm/IR/Intrinsics.h>
 #include <llvm/IR/Module.h>
 #include <llvm/MC/MCSubtargetInfo.h>
 #include <llvm/MC/TargetRegistry.h>
@@ -22,11 +22,11 @@ constexpr const char* kFeatures = "+avx512f,+avx512dq,+avx512bw,+avx512vl,+avx51
 // Functions of the C library, and intrinsics of the same name, that are worth a call. Those that
 // the processor has an instruction for (sqrt, floor, fma, ...) are left to the compiler.
 const std::set<llvm::StringRef> kFunctions = {
-    "acos",   "acosh",     "acospi", "asin",  "asinh", "asinpi",    "atan",  "atan2", "atan2pi",
-    "atanh",  "atanpi",    "cbrt",   "cos",   "cosh",  "cospi",     "erf",   "erfc",  "exp",
-    "exp10",  "exp2",      "expm1",  "fdim",  "fmod",  "hypot",     "ilogb", "ldexp", "lgamma",
-    "log",    "log10",     "log1p",  "log2",  "logb",  "nextafter", "pow",   "powr",  "remainder",
-    "rsqrt",  "sin",       "sinh",   "sinpi", "tan",   "tanh",      "tanpi", "tgamma"};
+    "acos",  "acosh",  "acospi", "asin",  "asinh", "asinpi",    "atan",  "atan2", "atan2pi",
+    "atanh", "atanpi", "cbrt",   "cos",   "cosh",  "cospi",     "erf",   "erfc",  "exp",
+    "exp10", "exp2",   "expm1",  "fdim",  "fmod",  "hypot",     "ilogb", "ldexp", "lgamma",
+    "log",   "log10",  "log1p",  "log2",  "logb",  "nextafter", "pow",   "powr",  "remainder",
+    "rsqrt", "sin",    "sinh",   "sinpi", "tan",   "tanh",      "tanpi", "tgamma"};
 // Those that have another name here.
 const std::map<llvm::StringRef, llvm::StringRef> kOtherNames = {{"powi", "pown"},
                                                                 {"scalbn", "ldexp"}};
@@ -61,12 +61,9 @@ const Kernel* c_library_kernel(const llvm::CallInst& call, const char* letter, T
   return family.empty() ? nullptr : find(family, letter, tier);
 }
 
-/// The kernel for a function of the name's family, if kernels of width 1 return one result.
 const Kernel* own_kernel(llvm::StringRef name) {
   const Kernel* kernel = grammar::find(std::string_view(name));
-  const bool simple =
-      kernel && kernel->width == 1 && !kernel->pointer() && kernel->results().size() == 1;
-  return simple ? kernel : nullptr;
+  return kernel && kernel->width == 1 && kernel->results().size() == 1 ? kernel : nullptr;
 }
 
 const Kernel* called_kernel(const llvm::CallInst& call, Tier tier) {
@@ -88,13 +85,14 @@ const Kernel* called_kernel(const llvm::CallInst& call, Tier tier) {
 bool fits(const llvm::CallInst& call, const Kernel& kernel) {
   llvm::LLVMContext& context = call.getContext();
   const std::vector<Lane> operands = kernel.operands();
-  if (call.arg_size() != operands.size() ||
+  if (call.arg_size() != operands.size() + (kernel.pointer() ? 1 : 0) ||
       call.getType()->getScalarType() != lane_type(kernel.results()[0], context))
     return false;
   for (size_t i = 0; i < operands.size(); ++i)
     if (call.getArgOperand(i)->getType()->getScalarType() != lane_type(operands[i], context))
       return false;
-  return true;
+  return !kernel.pointer() || call.getArgOperand(unsigned(operands.size()))->getType() ==
+                                  llvm::PointerType::getUnqual(context);
 }
 
 bool has_features(const llvm::Function& function) {
@@ -129,6 +127,19 @@ const Kernel* kernel_for(const llvm::Instruction& instruction, Tier tier) {
   return kernel && fits(*call, *kernel) ? kernel : nullptr;
 }
 
+std::vector<Lane> lanes_of_results(const Kernel& kernel) {
+  std::vector<Lane> lanes = kernel.results();
+  if (const auto second = kernel.pointer()) lanes.push_back(*second);
+  return lanes;
+}
+
+int widest_lane(const Kernel& kernel) {
+  int bytes = 0;
+  for (Lane lane : kernel.operands()) bytes = std::max(bytes, grammar::lane_bytes(lane));
+  for (Lane lane : lanes_of_results(kernel)) bytes = std::max(bytes, grammar::lane_bytes(lane));
+  return bytes;
+}
+
 const Kernel* at_width(const Kernel& kernel, int width) {
   Kernel other = kernel;
   other.width = width;
@@ -157,12 +168,12 @@ llvm::Type* lane_type(Lane lane, llvm::LLVMContext& context) {
   }
 }
 
-llvm::AttributeList kernel_attributes(llvm::LLVMContext& context) {
+llvm::AttributeList kernel_attributes(llvm::LLVMContext& context, llvm::MemoryEffects memory) {
   llvm::AttrBuilder attributes(context);
-  attributes.addMemoryAttr(llvm::MemoryEffects::none());
-  for (const auto kind : {llvm::Attribute::NoUnwind, llvm::Attribute::WillReturn,
-                          llvm::Attribute::NoCallback, llvm::Attribute::NoFree,
-                          llvm::Attribute::NoSync})
+  attributes.addMemoryAttr(memory);
+  for (const auto kind :
+       {llvm::Attribute::NoUnwind, llvm::Attribute::WillReturn, llvm::Attribute::NoCallback,
+        llvm::Attribute::NoFree, llvm::Attribute::NoSync})
     attributes.addAttribute(kind);
   return llvm::AttributeList::get(context, llvm::AttributeList::FunctionIndex, attributes);
 }

@@ -1,10 +1,15 @@
 #include <llvm/Analysis/LoopInfo.h>
+#include <llvm/IR/Dominators.h>
 #include <llvm/IR/IRBuilder.h>
 #include <llvm/IR/InstIterator.h>
 #include <llvm/IR/Module.h>
 #include <llvm/IR/VFABIDemangler.h>
 #include <llvm/Transforms/Utils/LoopUtils.h>
+#include <llvm/Transforms/Utils/PromoteMemToReg.h>
 
+#include <array>
+
+#include "clients/llvm/forms.h"
 #include "clients/llvm/passes.h"
 
 namespace zorp::passes {
@@ -30,57 +35,41 @@ llvm::CallInst* as_call(llvm::Instruction& frem) {
   return call;
 }
 
-/// The vector function ABI's name of a variant, in the compiler's own dialect.
-std::string variant(const llvm::CallInst& call, const Kernel& kernel, bool masked,
-                    const std::string& form) {
-  return std::string("_ZGV_LLVM_") + (masked ? "M" : "N") + std::to_string(kernel.width) +
-         std::string(call.arg_size(), 'v') + "_" + call.getCalledFunction()->getName().str() + "(" +
-         form + ")";
-}
-
-/// Declares the form that computes that many lanes, and returns its name.
-std::string declare_form(llvm::CallInst& call, const Kernel& kernel, bool masked) {
-  llvm::LLVMContext& context = call.getContext();
-  const auto vector = [&](llvm::Type* element) {
-    return llvm::FixedVectorType::get(element, unsigned(kernel.width));
-  };
-  llvm::SmallVector<llvm::Type*, 4> operands;
-  for (const llvm::Value* operand : call.args()) operands.push_back(vector(operand->getType()));
-  if (masked) operands.push_back(vector(llvm::Type::getInt1Ty(context)));
-  std::string name = kFormPrefix.str() + kernel.name() + (masked ? kMaskedSuffix.str() : "");
-  call.getModule()->getOrInsertFunction(
-      name, llvm::FunctionType::get(vector(call.getType()), operands, false),
-      kernel_attributes(context));
-  return name;
-}
-
-/// Whether one call or two neighbouring registers serve all operands and results.
-bool in_reach(const Kernel& kernel, int register_bytes) {
-  std::vector<Lane> lanes = kernel.operands();
-  for (Lane result : kernel.results()) lanes.push_back(result);
-  for (Lane lane : lanes)
-    if (grammar::lane_bytes(lane) * kernel.width > 2 * register_bytes) return false;
-  return true;
-}
-
-void offer(llvm::CallInst& call, const Kernel& scalar, int register_bytes) {
+/// Offers the vectorisers all widths that a register, or two neighbours, can hold.
+void offer(llvm::CallInst& call, const Kernel& kernel, size_t result, int register_bytes) {
   llvm::SmallVector<std::string, 8> variants;
   llvm::VFABI::getVectorVariantNames(call, variants);
-  for (int width : scalar.family->widths(scalar.element)) {
-    const Kernel& kernel = *at_width(scalar, width);
-    if (width == 1 || width == 3 || !in_reach(kernel, register_bytes)) continue;
-    for (bool masked : {false, true})
-      variants.push_back(variant(call, kernel, masked, declare_form(call, kernel, masked)));
+  for (int width : kernel.family->widths(kernel.element)) {
+    if (width == 1 || width == 3 || width * widest_lane(kernel) > 2 * register_bytes) continue;
+    for (bool masked : {false, true}) {
+      const Form form{at_width(kernel, width), result, masked};
+      form.declare(*call.getModule());
+      // The vector function ABI's name of a variant, in the compiler's own dialect.
+      variants.push_back(std::string("_ZGV_LLVM_") + (masked ? "M" : "N") + std::to_string(width) +
+                         std::string(call.arg_size(), 'v') + "_" +
+                         call.getCalledFunction()->getName().str() + "(" + form.name() + ")");
+    }
   }
   llvm::VFABI::setVectorVariantNames(&call, variants);
-  // A call of a kernel may have been declared without saying so.
-  call.setAttributes(call.getAttributes().addFnAttributes(
-      call.getContext(),
-      llvm::AttrBuilder(call.getContext(), kernel_attributes(call.getContext()).getFnAttrs())));
 }
 
-/// Keeps the vectoriser from doing several steps of the loop at once, unless the program asks for it:
-/// what one call computes would be saved on the stack during the next.
+/// A call of a kernel that stores its second result, as two calls that return one each, and a
+/// store: what stores has no vector forms.
+std::array<llvm::CallInst*, 2> split(llvm::CallInst& call, const Kernel& kernel) {
+  llvm::IRBuilder<> builder(&call);
+  const llvm::SmallVector<llvm::Value*, 3> operands(llvm::drop_end(call.args()));
+  std::array<llvm::CallInst*, 2> calls;
+  for (size_t result : {0, 1})
+    calls[result] = builder.CreateCall(Form{&kernel, result}.declare(*call.getModule()), operands);
+  builder.CreateAlignedStore(calls[1], call.getArgOperand(call.arg_size() - 1),
+                             llvm::Align(uint64_t(grammar::lane_bytes(*kernel.pointer()))));
+  call.replaceAllUsesWith(calls[0]);
+  call.eraseFromParent();
+  return calls;
+}
+
+/// Keeps the vectoriser from doing several steps of the loop at once, unless the program asks for
+/// it: what one call computes would be saved on the stack during the next.
 void do_single_steps(llvm::Loop* loop) {
   constexpr const char* count = "llvm.loop.interleave.count";
   if (loop && !llvm::findStringMetadataForLoop(loop, count))
@@ -95,17 +84,37 @@ llvm::PreservedAnalyses OfferVectorForms::run(llvm::Function& function,
   const int bytes = register_bytes(function, analyses.getResult<llvm::TargetIRAnalysis>(function));
   const auto& loops = analyses.getResult<llvm::LoopAnalysis>(function);
   bool changed = false;
+  llvm::SmallSetVector<llvm::AllocaInst*, 4> stored;
   for (llvm::Instruction& instruction : llvm::make_early_inc_range(llvm::instructions(function))) {
     const Kernel* kernel = kernel_for(instruction, tier);
     if (!kernel || instruction.getType()->isVectorTy()) continue;
-    llvm::CallInst* call = llvm::dyn_cast<llvm::CallInst>(&instruction);
-    if (!call) call = as_call(instruction);
-    if (!call) continue;
-    offer(*call, *kernel, bytes);
-    do_single_steps(loops.getLoopFor(call->getParent()));
+    llvm::Loop* loop = loops.getLoopFor(instruction.getParent());
+    auto* call = llvm::dyn_cast<llvm::CallInst>(&instruction);
+    if (kernel->pointer()) {
+      if (!loop) continue;
+      llvm::Value* pointer = call->getArgOperand(call->arg_size() - 1);
+      if (auto* variable = llvm::dyn_cast<llvm::AllocaInst>(pointer)) stored.insert(variable);
+      for (auto [result, part] : llvm::enumerate(split(*call, *kernel)))
+        offer(*part, *kernel, result, bytes);
+    } else {
+      if (!call) call = as_call(instruction);
+      if (!call) continue;
+      // A kernel may have been declared without saying that it has no side effects.
+      call->setAttributes(call->getAttributes().addFnAttributes(
+          call->getContext(),
+          llvm::AttrBuilder(call->getContext(),
+                            kernel_attributes(call->getContext()).getFnAttrs())));
+      offer(*call, *kernel, 0, bytes);
+    }
+    do_single_steps(loop);
     changed = true;
   }
   if (!changed) return llvm::PreservedAnalyses::all();
+  // Variables that no call takes the address of any more need no memory.
+  stored.remove_if([](llvm::AllocaInst* variable) { return !llvm::isAllocaPromotable(variable); });
+  if (!stored.empty())
+    llvm::PromoteMemToReg(stored.getArrayRef(),
+                          analyses.getResult<llvm::DominatorTreeAnalysis>(function));
   llvm::PreservedAnalyses preserved;
   preserved.preserveSet<llvm::CFGAnalyses>();
   return preserved;

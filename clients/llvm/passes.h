@@ -1,7 +1,6 @@
 // The two passes. Before the vectorisers, each scalar call that a kernel can serve is given vector
-// forms: functions of any vectors, named "zorp_z1." and the kernel. After them, what they took is
-// replaced by calls of kernels, and so are vector intrinsics. In between, nobody needs to know how
-// vectors travel in registers.
+// forms. After them, the forms that they took are replaced by calls of kernels, and so are vector
+// intrinsics.
 #pragma once
 
 #include <llvm/IR/PassManager.h>
@@ -23,8 +22,5 @@ struct CallKernels : llvm::PassInfoMixin<CallKernels> {
   /// Also without optimisation: vector forms must not stay.
   static bool isRequired() { return true; }
 };
-
-inline constexpr llvm::StringLiteral kFormPrefix = "zorp_z1.";
-inline constexpr llvm::StringLiteral kMaskedSuffix = ".masked";
 
 }  // namespace zorp::passes

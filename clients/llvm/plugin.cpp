@@ -34,20 +34,19 @@ void register_passes(llvm::PassBuilder& builder) {
         passes.addPass(CallKernels(wanted_tier));
       });
   // By name, for opt.
-  builder.registerPipelineParsingCallback(
-      [](llvm::StringRef name, llvm::FunctionPassManager& passes,
-         llvm::ArrayRef<llvm::PassBuilder::PipelineElement>) {
-        if (name != "zorp-z1-offer") return false;
-        passes.addPass(OfferVectorForms(wanted_tier));
-        return true;
-      });
-  builder.registerPipelineParsingCallback(
-      [](llvm::StringRef name, llvm::ModulePassManager& passes,
-         llvm::ArrayRef<llvm::PassBuilder::PipelineElement>) {
-        if (name != "zorp-z1-call") return false;
-        passes.addPass(CallKernels(wanted_tier));
-        return true;
-      });
+  builder.registerPipelineParsingCallback([](llvm::StringRef name,
+                                             llvm::FunctionPassManager& passes,
+                                             llvm::ArrayRef<llvm::PassBuilder::PipelineElement>) {
+    if (name != "zorp-z1-offer") return false;
+    passes.addPass(OfferVectorForms(wanted_tier));
+    return true;
+  });
+  builder.registerPipelineParsingCallback([](llvm::StringRef name, llvm::ModulePassManager& passes,
+                                             llvm::ArrayRef<llvm::PassBuilder::PipelineElement>) {
+    if (name != "zorp-z1-call") return false;
+    passes.addPass(CallKernels(wanted_tier));
+    return true;
+  });
 }
 
 }  // namespace

@@ -21,7 +21,9 @@ LANE_BYTES = {
 }
 
 LOOP = """
-void f({T}* restrict y, const {T}* restrict x) {{ for (int i = 0; i < 1024; ++i) {body} }}
+void f({T}* restrict y, const {T}* restrict x) {{
+  for (int i = 0; i < 1024; ++i) {{ {body} }}
+}}
 """
 
 
@@ -73,7 +75,7 @@ class Calls(unittest.TestCase):
         with open(LOOPS) as file:
             found = calls(file.read())
         for loop in loops(GENERATE):
-            width = 64 // min(LANE_BYTES[lane] for lane in (loop.result, *loop.operands))
+            width = 64 // min(LANE_BYTES[lane] for lane in loop.results + loop.operands)
             expected = re.sub("__zorp_z1_(.*?)1(|_native|_half|_rm)$", rf"\g<1>{width}\2", loop.kernel)
             self.assertEqual(found["loop_" + loop.name], {expected}, loop.name)
 
@@ -144,6 +146,14 @@ __attribute__((target("arch=znver4"))) void g(double* restrict y, const double* 
         self.check(loop("y[i] = logf(x[i]);", "float"), "logf16_half", *with_tier("half"))
         kernel = loop("y[i] = __zorp_z1_exp1(x[i]);", before="double __zorp_z1_exp1(double);")
         self.check(kernel, "exp8", *with_tier("native"))
+
+    def test_second_results(self):
+        """A variable that a kernel stores to doesn't keep a loop from being vectorised."""
+        sincos = "double __zorp_z1_sincos1(double, double*);"
+        body = "double c; const double s = __zorp_z1_sincos1(x[i], &c); y[i] = s + 3 * c;"
+        self.check(loop(body, before=sincos), "sincos8")
+        self.check(loop("if (x[i] > 0) {" + body + "}", before=sincos), "sincos8")
+        self.check(loop("if (i) y[i] = __zorp_z1_sincos1(y[i - 1], y + i - 1);", before=sincos), "sincos1")
 
     def test_shapes_of_programs(self):
         half_exp = "static double half_exp(double x) { return exp(x) / 2; }"

@@ -28,10 +28,10 @@ HALF_BUILTINS = {"__builtin_fmod": "fmod", "__builtin_exp10": "exp10"}
 @dataclass(frozen=True)
 class Loop:
     name: str
-    call: str  # {} stands for the operands
+    call: str
     kernel: str  # of width 1
-    operands: tuple
-    result: str
+    operands: list
+    results: list  # the second one is stored through a pointer
 
 
 def signatures(generate):
@@ -40,50 +40,51 @@ def signatures(generate):
     return {
         row["symbol"]: row
         for row in csv.DictReader(table.stdout.splitlines(), delimiter="\t")
-        if row["width"] == "1" and row["pointer"] == "-" and "," not in row["results"]
+        if row["width"] == "1" and "," not in row["results"]
     }
 
 
 def loops(generate):
     kernels = signatures(generate)
 
-    def loop(name, call, family, element):
-        kernel = f"__zorp_z1_{family}{LETTERS[element]}1"
+    def loop(name, call, kernel):
         row = kernels[kernel]
-        suffix = LETTERS[element]
-        return Loop(f"{name}{suffix}", call, kernel, tuple(row["operands"].split(",")), row["results"])
+        results = [lane for lane in (row["results"], row["pointer"]) if lane != "-"]
+        return Loop(name, call, kernel, row["operands"].split(","), results)
 
-    found = [
-        Loop(f"own_{symbol[10:]}", symbol, symbol, tuple(row["operands"].split(",")), row["results"])
-        for symbol, row in kernels.items()
-    ]
+    def of_program(name, call, family, element):
+        letter = LETTERS[element]
+        return loop(f"{name}_{element}", call, f"__zorp_z1_{family}{letter}1")
+
+    found = [loop(f"own_{symbol[10:]}", symbol, symbol) for symbol in kernels]
     for element in ("double", "float"):
         suffix = C_SUFFIX[element]
-        found += [loop(f"c_{name}_", name + suffix, name, element) for name in C_LIBRARY]
-        found += [loop(f"{name[2:]}_", name + suffix, family, element) for name, family in BUILTINS.items()]
+        found += [of_program(f"c_{name}", name + suffix, name, element) for name in C_LIBRARY]
+        found += [
+            of_program(name[2:], name + suffix, family, element) for name, family in BUILTINS.items()
+        ]
     for element in LETTERS:
         found += [
-            loop(f"elementwise_{name}_", f"__builtin_elementwise_{name}", name, element)
+            of_program(f"elementwise_{name}", f"__builtin_elementwise_{name}", name, element)
             for name in ELEMENTWISE
         ]
-    found += [loop(f"{name[2:]}_", name + "f16", family, "half") for name, family in HALF_BUILTINS.items()]
+    found += [
+        of_program(name[2:], name + "f16", family, "half") for name, family in HALF_BUILTINS.items()
+    ]
     return found
 
 
 def text(loop):
-    arguments = ", ".join(f"{operand}[i]" for operand in "xyz"[: len(loop.operands)])
-    types = [C_TYPES.get(lane, lane) for lane in loop.operands]
-    result = C_TYPES.get(loop.result, loop.result)
-    lines = [
-        f"{result} {loop.kernel}({', '.join(types)});",
-        f"void NAME({loop.name})(void* restrict r_, const void* restrict x_, const void* restrict y_,",
-        "    const void* restrict z_) {",
-        f"  {result}* r = r_;",
-    ]
-    lines += [f"  const {lane}* {name} = {name}_;" for name, lane in zip("xyz", types)]
+    operands, results = ([C_TYPES.get(lane, lane) for lane in lanes]
+                         for lanes in (loop.operands, loop.results))
+    parameters = operands + [f"{second}*" for second in results[1:]]
+    arguments = [f"{name}[i]" for name, _ in zip("xyz", operands)] + ["s + i"] * (len(results) - 1)
+    lines = [f"{results[0]} {loop.kernel}({', '.join(parameters)});", f"LOOP({loop.name}) {{"]
+    lines += [f"  {lane}* {name} = {name}_;" for name, lane in zip("rs", results)]
+    lines += [f"  const {lane}* {name} = {name}_;" for name, lane in zip("xyz", operands)]
     lines += [
-        "  for (int i = 0; i < 256; ++i)",
-        f"    r[i] = CALL({loop.call}, {loop.kernel})({arguments});",
+        "  for (int i = 0; i < kElements; ++i)",
+        f"    r[i] = CALL({loop.call}, {loop.kernel})({', '.join(arguments)});",
         "}",
     ]
     return "\n".join(lines)
@@ -91,15 +92,18 @@ def text(loop):
 
 def main():
     found = loops(sys.argv[1])
-    print('#define __STDC_WANT_IEC_60559_TYPES_EXT__\n#include <math.h>\n#include "loops.h"\n')
-    print("#ifdef REFERENCE\n#define NAME(loop) reference_##loop\n#define CALL(program, kernel) kernel")
-    print("#else\n#define NAME(loop) loop_##loop\n#define CALL(program, kernel) program\n#endif\n")
+    print('#include <math.h>\n\n#include "loops.h"\n')
+    print("#ifdef REFERENCE\n#define NAME(loop) reference_##loop")
+    print("#define CALL(program, kernel) kernel")
+    print("#else\n#define NAME(loop) loop_##loop\n#define CALL(program, kernel) program\n#endif")
+    print("#define LOOP(name) void NAME(name) PARAMETERS\n")
     print("\n".join(text(loop) for loop in found))
     print("\nconst Loop NAME(table)[] = {")
     for loop in found:
-        codes = "".join(lane[0] if lane[0] != "i" and lane[0] != "u" else "i" for lane in loop.operands)
-        result = C_TYPES.get(loop.result, loop.result)
-        print(f'    {{"{loop.name}", NAME({loop.name}), sizeof({result}), "{codes}"}},')
+        # d, f, h; all integers are alike.
+        codes = "".join(lane[0].replace("u", "i") for lane in loop.operands)
+        sizes = [f"sizeof({C_TYPES.get(lane, lane)})" for lane in loop.results]
+        print(f'    {{"{loop.name}", NAME({loop.name}), "{codes}", {{{", ".join(sizes)}}}}},')
     print("    {0}};")
 
 
