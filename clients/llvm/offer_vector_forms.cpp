@@ -35,6 +35,16 @@ llvm::CallInst* as_call(llvm::Instruction& frem) {
   return call;
 }
 
+/// Says of a call that it has no side effects. A kernel may have been declared without that, and in
+/// OpenCL C a function is convergent until somebody knows better.
+void describe(llvm::CallInst& call) {
+  llvm::LLVMContext& context = call.getContext();
+  const llvm::AttrBuilder attributes(context, kernel_attributes(context).getFnAttrs());
+  call.setAttributes(call.getAttributes().addFnAttributes(context, attributes));
+  call.setNotConvergent();
+  call.getCalledFunction()->setNotConvergent();
+}
+
 /// Offers the vectorisers all widths that a register, or two neighbours, can hold.
 void offer(llvm::CallInst& call, const Kernel& kernel, size_t result, int register_bytes) {
   llvm::SmallVector<std::string, 8> variants;
@@ -99,11 +109,7 @@ llvm::PreservedAnalyses OfferVectorForms::run(llvm::Function& function,
     } else {
       if (!call) call = as_call(instruction);
       if (!call) continue;
-      // A kernel may have been declared without saying that it has no side effects.
-      call->setAttributes(call->getAttributes().addFnAttributes(
-          call->getContext(),
-          llvm::AttrBuilder(call->getContext(),
-                            kernel_attributes(call->getContext()).getFnAttrs())));
+      describe(*call);
       offer(*call, *kernel, 0, bytes);
     }
     do_single_steps(loop);

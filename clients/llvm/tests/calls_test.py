@@ -179,6 +179,16 @@ extern "C" void f(std::vector<float>& y, const std::vector<float>& x) {
         # The vectors might overlap: then a loop over scalars runs.
         self.check(source, "tanhf16 expf16 tanhf expf", language="c++")
 
+    def test_opencl(self):
+        """Each function is convergent there, and the built-ins' names become kernels by inlining."""
+        source = """
+double __zorp_z1_exp1(double);
+__attribute__((overloadable)) double exp(double x) { return __zorp_z1_exp1(x); }
+kernel void f(global double* restrict y, global const double* restrict x) {
+  for (int i = 0; i < 1024; ++i) y[i] = exp(x[i]);
+}"""
+        self.check(source, "exp8", "-cl-std=CL3.0", language="cl")
+
     def test_levels_of_optimisation(self):
         for level in ("-O0", "-O1", "-O2", "-O3", "-Os"):
             self.check(VECTOR, "exp8", level)
