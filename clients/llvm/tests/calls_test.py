@@ -15,10 +15,8 @@ from make_loops import loops
 
 CLANG, OPT, PLUGIN, GENERATE, LOOPS = sys.argv[1:]
 
-LANE_BYTES = {
-    "double": 8, "float": 4, "half": 2, "int16_t": 2,
-    "int32_t": 4, "uint32_t": 4, "int64_t": 8, "uint64_t": 8,
-}
+LANE_BYTES = {"double": 8, "float": 4, "half": 2, "int16_t": 2}
+LANE_BYTES |= {"int32_t": 4, "uint32_t": 4, "int64_t": 8, "uint64_t": 8}
 
 LOOP = """
 void f({T}* restrict y, const {T}* restrict x) {{
@@ -76,7 +74,8 @@ class Calls(unittest.TestCase):
             found = calls(file.read())
         for loop in loops(GENERATE):
             width = 64 // min(LANE_BYTES[lane] for lane in loop.results + loop.operands)
-            expected = re.sub("__zorp_z1_(.*?)1(|_native|_half|_rm)$", rf"\g<1>{width}\2", loop.kernel)
+            kernel = re.fullmatch("__zorp_z1_(.*?)1(|_native|_half|_rm)", loop.kernel)
+            expected = kernel[1] + str(width) + kernel[2]
             self.assertEqual(found["loop_" + loop.name], {expected}, loop.name)
 
     def test_register_width(self):
@@ -84,7 +83,7 @@ class Calls(unittest.TestCase):
         self.check(EXP, "exp4", "-mprefer-vector-width=256")
         self.check(EXP, "exp2", "-mprefer-vector-width=128")
         self.check(EXP, "exp4", "-mno-evex512")
-        # Narrow elements make the vectoriser compute many lanes at once: in registers of that width.
+        # Narrow elements make the vectoriser compute many lanes at once.
         bytes_to_float = loop("y[i] = expf(x[i]);", "unsigned char")
         self.check(bytes_to_float, "expf32")
         self.check(bytes_to_float, "expf8", "-mprefer-vector-width=256")
@@ -127,13 +126,14 @@ __attribute__((target("arch=znver4"))) void g(double* restrict y, const double* 
 
     def test_conditions(self):
         self.check(loop("if (x[i] > 0) y[i] = log(x[i]);"), "log8")
-        self.check(loop("y[i] = x[i] > 1 ? pow(x[i], y[i]) : x[i] < -1 ? sin(x[i]) : 0;"), "pow8 sin8")
-        kernel = loop("if (x[i] > 0) y[i] = __zorp_z1_log1(x[i]);", before="double __zorp_z1_log1(double);")
-        self.check(kernel, "log8")
+        both = "y[i] = x[i] > 1 ? pow(x[i], y[i]) : x[i] < -1 ? sin(x[i]) : 0;"
+        self.check(loop(both), "pow8 sin8")
+        declaration = "double __zorp_z1_log1(double);"
+        self.check(loop("if (x[i] > 0) y[i] = __zorp_z1_log1(x[i]);", before=declaration), "log8")
         # The last lanes by a mask, too.
         tail = EXP.replace("1024", "n").replace("x)", "x, int n)")
-        folded = "-mprefer-vector-width=512", "-mllvm", "-prefer-predicate-over-epilogue=predicate-dont-vectorize"
-        self.check(tail, "exp8", *folded)
+        fold = "-prefer-predicate-over-epilogue=predicate-dont-vectorize"
+        self.check(tail, "exp8", "-mllvm", fold)
 
     def test_tiers(self):
         def with_tier(tier):
@@ -153,16 +153,22 @@ __attribute__((target("arch=znver4"))) void g(double* restrict y, const double* 
         body = "double c; const double s = __zorp_z1_sincos1(x[i], &c); y[i] = s + 3 * c;"
         self.check(loop(body, before=sincos), "sincos8")
         self.check(loop("if (x[i] > 0) {" + body + "}", before=sincos), "sincos8")
-        self.check(loop("if (i) y[i] = __zorp_z1_sincos1(y[i - 1], y + i - 1);", before=sincos), "sincos1")
+        # Each element needs the last one.
+        chain = "if (i) y[i] = __zorp_z1_sincos1(y[i - 1], y + i - 1);"
+        self.check(loop(chain, before=sincos), "sincos1")
 
     def test_shapes_of_programs(self):
         half_exp = "static double half_exp(double x) { return exp(x) / 2; }"
         self.check(loop("y[i] = half_exp(x[i]);", before=half_exp), "exp8")
         self.check(loop("y[0] += exp(x[i]);"), "exp8", "-ffast-math")
         straight = "".join(f"y[{i}] = exp(x[{i}]);" for i in range(8))
-        self.check("#include <math.h>\nvoid f(double* restrict y, double* restrict x) {" + straight + "}",
-                   "exp8")
+        function = f"void f(double* restrict y, double* restrict x) {{ {straight} }}"
+        self.check("#include <math.h>\n" + function, "exp8")
         self.check(loop("y[i] = fmod(x[i], y[i]);"), "fmod8")
+        # One call a step, unless the program asks for more.
+        interleaved = EXP.replace("for", '_Pragma("clang loop interleave_count(2)") for')
+        for source, steps in (EXP, 1), (interleaved, 2):
+            self.assertEqual(len(re.findall(r"call\w*\s+__zorp_z1_exp8", compiled(source))), steps)
         self.check(loop("y[i] = __builtin_powi(x[i], 11);"), "pown8", "-fno-unroll-loops")
         # A scalar remainder stays with the C library.
         self.check(EXP.replace("1024", "1023"), "exp8 exp")
@@ -180,7 +186,7 @@ extern "C" void f(std::vector<float>& y, const std::vector<float>& x) {
         self.check(source, "tanhf16 expf16 tanhf expf", language="c++")
 
     def test_opencl(self):
-        """Each function is convergent there, and the built-ins' names become kernels by inlining."""
+        """Functions are convergent there, and built-ins become kernels by inlining."""
         source = """
 double __zorp_z1_exp1(double);
 __attribute__((overloadable)) double exp(double x) { return __zorp_z1_exp1(x); }
@@ -202,17 +208,26 @@ kernel void f(global double* restrict y, global const double* restrict x) {
 class IntermediateCode(unittest.TestCase):
     """Shapes that no program in C has, through opt."""
 
-    def calls(self, body, attributes='"target-cpu"="znver4"', triple="x86_64-pc-linux-gnu"):
+    ZNVER4 = '"target-cpu"="znver4"'
+    LINUX = "x86_64-pc-linux-gnu"
+
+    def calls(self, body, attributes=ZNVER4, triple=LINUX, passes="zorp-z1-call"):
         text = f'target triple = "{triple}"\n{body}\nattributes #0 = {{ {attributes} }}'
         plugin = f"-load-pass-plugin={PLUGIN}"
-        code = run(OPT, plugin, "-passes=zorp-z1-call,verify", "-S", "-o", "-", "-", text=text)
+        code = run(OPT, plugin, f"-passes={passes},verify", "-S", "-o", "-", "-", text=text)
         return re.findall(r"call .*?@([\w.]+)\(", code)
 
     def test_odd_widths(self):
         for lanes, element, expected in [
-            (1, "double", ["exp1"]), (3, "double", ["exp3"]), (5, "double", ["exp8"]),
-            (12, "double", ["exp16"]), (24, "double", ["exp16", "exp8"]), (2, "float", ["expf2"]),
-            (33, "float", ["expf32", "expf1"]), (7, "half", ["exps8"]), (64, "half", ["exps32"] * 2),
+            (1, "double", ["exp1"]),
+            (3, "double", ["exp3"]),
+            (5, "double", ["exp8"]),
+            (12, "double", ["exp16"]),
+            (24, "double", ["exp16", "exp8"]),
+            (2, "float", ["expf2"]),
+            (33, "float", ["expf32", "expf1"]),
+            (7, "half", ["exps8"]),
+            (64, "half", ["exps32", "exps32"]),
         ]:
             letter = {"double": "f64", "float": "f32", "half": "f16"}[element]
             vector, name = f"<{lanes} x {element}>", f"llvm.exp.v{lanes}{letter}"
@@ -237,8 +252,38 @@ define <4 x double> @f(<8 x double> %x, <8 x i32> %n, <16 x float> %s, i32 %m, <
   %5 = call <4 x double> @llvm.ldexp.v4f64.v4i64(<4 x double> %4, <4 x i64> %l)
   ret <4 x double> %5
 }"""
-        kernels = ["ldexp8", "pownf16", "fmod8"]
-        self.assertEqual(self.calls(body), ["__zorp_z1_" + name for name in kernels] + ["llvm.ldexp.v4f64.v4i64"])
+        kernels = ["__zorp_z1_ldexp8", "__zorp_z1_pownf16", "__zorp_z1_fmod8"]
+        self.assertEqual(self.calls(body), [*kernels, "llvm.ldexp.v4f64.v4i64"])
+
+    def test_masks(self):
+        body = """
+declare double @llvm.log.f64(double)
+define void @f(ptr noalias %y, ptr noalias %x) #0 {
+entry:
+  br label %loop
+loop:
+  %i = phi i64 [ 0, %entry ], [ %next, %end ]
+  %address = getelementptr double, ptr %x, i64 %i
+  %v = load double, ptr %address
+  %positive = fcmp ogt double %v, 0.0
+  br i1 %positive, label %then, label %end
+then:
+  %log = call double @llvm.log.f64(double %v)
+  %result = getelementptr double, ptr %y, i64 %i
+  store double %log, ptr %result
+  br label %end
+end:
+  %next = add i64 %i, 1
+  %done = icmp eq i64 %next, 1024
+  br i1 %done, label %exit, label %loop
+exit:
+  ret void
+}"""
+        offered = "function(zorp-z1-offer,loop-vectorize)"
+        self.assertIn("zorp_z1.log8.masked", self.calls(body, passes=offered))
+        called = self.calls(body, passes=offered + ",zorp-z1-call,function(simplifycfg),globaldce")
+        self.assertIn("__zorp_z1_log8", called)
+        self.assertNotIn("zorp_z1.log8.masked", called)
 
     def test_what_has_no_kernel(self):
         body = """

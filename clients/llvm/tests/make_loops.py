@@ -3,8 +3,8 @@
 
     make_loops.py GENERATE > loops.c
 
-GENERATE is the tool zorp_generate. The file is compiled twice: with the plugin, and with -DREFERENCE
-without it, where every loop calls the kernel of width 1. Each loop is named loop_ and the kernel.
+GENERATE is the tool zorp_generate. The file is compiled twice: with the plugin, and without it but
+with -DREFERENCE, where every loop calls the kernel of width 1.
 """
 
 import csv
@@ -17,8 +17,9 @@ C_TYPES = {"half": "_Float16"}
 C_SUFFIX = {"double": "", "float": "f", "half": "f16"}
 
 # Functions of the C library that never set errno under -fno-math-errno.
-C_LIBRARY = """acos acosh asin asinh atan atan2 atanh cbrt cos cosh erf erfc exp exp2 expm1 fdim fmod
-hypot ilogb ldexp log log10 log1p log2 logb nextafter pow remainder sin sinh tan tanh tgamma""".split()
+C_LIBRARY = """acos acosh asin asinh atan atan2 atanh cbrt cos cosh erf erfc exp exp2 expm1 fdim
+fmod hypot ilogb ldexp log log10 log1p log2 logb nextafter pow remainder sin sinh tan tanh
+tgamma""".split()
 # Intrinsics: the compiler's built-in functions of all types, and those with the type in their name.
 ELEMENTWISE = """acos asin atan cos cosh exp exp2 log log10 log2 pow sin sinh tan tanh""".split()
 BUILTINS = {"__builtin_exp10": "exp10", "__builtin_scalbn": "ldexp"}
@@ -61,7 +62,8 @@ def loops(generate):
         suffix = C_SUFFIX[element]
         found += [of_program(f"c_{name}", name + suffix, name, element) for name in C_LIBRARY]
         found += [
-            of_program(name[2:], name + suffix, family, element) for name, family in BUILTINS.items()
+            of_program(name[2:], name + suffix, family, element)
+            for name, family in BUILTINS.items()
         ]
     for element in LETTERS:
         found += [
@@ -75,8 +77,8 @@ def loops(generate):
 
 
 def text(loop):
-    operands, results = ([C_TYPES.get(lane, lane) for lane in lanes]
-                         for lanes in (loop.operands, loop.results))
+    operands = [C_TYPES.get(lane, lane) for lane in loop.operands]
+    results = [C_TYPES.get(lane, lane) for lane in loop.results]
     parameters = operands + [f"{second}*" for second in results[1:]]
     arguments = [f"{name}[i]" for name, _ in zip("xyz", operands)] + ["s + i"] * (len(results) - 1)
     lines = [f"{results[0]} {loop.kernel}({', '.join(parameters)});", f"LOOP({loop.name}) {{"]
