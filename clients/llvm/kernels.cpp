@@ -19,23 +19,14 @@ namespace {
 // What the kernels are compiled with.
 constexpr const char* kFeatures = "+avx512f,+avx512dq,+avx512bw,+avx512vl,+avx512vbmi2,+fma,+f16c";
 
-// Functions of the C library, and intrinsics of the same name, that are worth a call. Those that
-// the processor has an instruction for (sqrt, floor, fma, ...) are left to the compiler.
+// Functions of the C library, and intrinsics of the same name, that are worth a call and have the
+// kernels' results for special operands, too. (ilogb of a NaN differs.) Those that the processor
+// has an instruction for (sqrt, floor, fma, ...) are left to the compiler.
 const std::set<llvm::StringRef> kFunctions = {
-    "acos",  "acosh",  "acospi", "asin",  "asinh", "asinpi",    "atan",  "atan2", "atan2pi",
-    "atanh", "atanpi", "cbrt",   "cos",   "cosh",  "cospi",     "erf",   "erfc",  "exp",
-    "exp10", "exp2",   "expm1",  "fdim",  "fmod",  "hypot",     "ilogb", "ldexp", "lgamma",
-    "log",   "log10",  "log1p",  "log2",  "logb",  "nextafter", "pow",   "powr",  "remainder",
-    "rsqrt", "sin",    "sinh",   "sinpi", "tan",   "tanh",      "tanpi", "tgamma"};
-// Those that have another name here.
-const std::map<llvm::StringRef, llvm::StringRef> kOtherNames = {{"powi", "pown"},
-                                                                {"scalbn", "ldexp"}};
-
-llvm::StringRef family_of(llvm::StringRef function) {
-  if (const auto other = kOtherNames.find(function); other != kOtherNames.end())
-    return other->second;
-  return kFunctions.contains(function) ? function : "";
-}
+    "acos",      "acosh", "asin", "asinh", "atan",  "atan2", "atanh", "cbrt",      "cos",
+    "cosh",      "erf",   "erfc", "exp",   "exp10", "exp2",  "expm1", "fdim",      "fmod",
+    "hypot",     "ldexp", "log",  "log10", "log1p", "log2",  "logb",  "nextafter", "pow",
+    "remainder", "sin",   "sinh", "tan",   "tanh",  "tgamma"};
 
 /// The letter that tells the type, in names of kernels; null for types without kernels.
 const char* letter_of(const llvm::Type* type) {
@@ -55,10 +46,18 @@ const Kernel* c_library_kernel(const llvm::CallInst& call, const char* letter, T
   llvm::StringRef name = callee.getName();
   if (!callee.isDeclaration() || callee.hasLocalLinkage() || !call.doesNotAccessMemory() ||
       call.isNoBuiltin() || caller.hasFnAttribute("no-builtins") ||
-      caller.hasFnAttribute(("no-builtin-" + name).str()) || !name.consume_back(letter))
+      caller.hasFnAttribute(("no-builtin-" + name).str()) || call.getType()->isHalfTy() ||
+      !name.consume_back(letter))
     return nullptr;
-  const llvm::StringRef family = family_of(name);
-  return family.empty() ? nullptr : find(family, letter, tier);
+  if (name == "scalbn") name = "ldexp";
+  return kFunctions.contains(name) ? find(name, letter, tier) : nullptr;
+}
+
+const Kernel* intrinsic_kernel(llvm::Intrinsic::ID id, const char* letter, Tier tier) {
+  llvm::StringRef name = llvm::Intrinsic::getBaseName(id);
+  name.consume_front("llvm.");
+  if (name == "powi") return find("pown", letter, tier);
+  return kFunctions.contains(name) ? find(name, letter, tier) : nullptr;
 }
 
 const Kernel* own_kernel(llvm::StringRef name) {
@@ -71,14 +70,12 @@ const Kernel* called_kernel(const llvm::CallInst& call, Tier tier) {
   if (!callee || call.arg_empty() || call.isStrictFP() || call.isMustTailCall() ||
       call.hasOperandBundles())
     return nullptr;
+  if (!callee->isIntrinsic() && call.getType()->isVectorTy()) return nullptr;
   if (callee->getName().starts_with("__zorp_z1_")) return own_kernel(callee->getName());
   const char* letter = letter_of(call.getArgOperand(0)->getType()->getScalarType());
   if (!letter) return nullptr;
-  if (!callee->isIntrinsic()) return c_library_kernel(call, letter, tier);
-  llvm::StringRef name = llvm::Intrinsic::getBaseName(callee->getIntrinsicID());
-  name.consume_front("llvm.");
-  const llvm::StringRef family = family_of(name);
-  return family.empty() ? nullptr : find(family, letter, tier);
+  return callee->isIntrinsic() ? intrinsic_kernel(callee->getIntrinsicID(), letter, tier)
+                               : c_library_kernel(call, letter, tier);
 }
 
 /// Whether the call has the operands and the result of the kernel, in any number of lanes.
