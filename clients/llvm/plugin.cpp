@@ -1,11 +1,4 @@
-// A pass plugin for LLVM 19: loops over scalar mathematics, and vectors, call the kernels.
-//
-//   clang -O3 -march=native -fno-math-errno -fpass-plugin=zorp_z1_llvm.so file.c -lzorp_z1
-//   opt -load-pass-plugin=zorp_z1_llvm.so -passes='default<O3>'
-//
-// Another tier than the standard one, for all but calls of kernels:
-//
-//   clang -fplugin=zorp_z1_llvm.so -fpass-plugin=zorp_z1_llvm.so -mllvm -zorp-z1-tier=native
+// The plugin, as clang and opt load it. README.md tells how to use it.
 #include <llvm/Passes/PassBuilder.h>
 #include <llvm/Passes/PassPlugin.h>
 #include <llvm/Support/CommandLine.h>
