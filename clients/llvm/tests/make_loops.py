@@ -18,7 +18,8 @@ C_SUFFIX = {"double": "", "float": "f", "half": "f16"}
 
 # Functions of the C library that never set errno under -fno-math-errno.
 C_LIBRARY = """acos acosh asin asinh atan atan2 atanh cbrt cos cosh erf erfc exp exp2 expm1 fdim
-fmod hypot ldexp log log10 log1p log2 logb nextafter pow remainder sin sinh tan tanh tgamma""".split()
+fmod hypot ldexp log log10 log1p log2 logb nextafter pow remainder sin sinh tan tanh
+tgamma""".split()
 # Intrinsics: the compiler's built-in functions of all types, and those with the type in their name.
 ELEMENTWISE = """acos asin atan cos cosh exp exp2 log log10 log2 pow sin sinh tan tanh""".split()
 BUILTINS = {"__builtin_exp10": "exp10", "__builtin_scalbn": "ldexp"}
