@@ -36,13 +36,15 @@ static void compare(const void* found, const void* expected, size_t bytes, const
       compare(found, expected, sizeof found, "a lane of " #T #N);                                  \
     }                                                                                              \
   }
-#define SIZES(USE, T, LETTER)                                                                  \
-  USE(T, LETTER, 1)                                                                            \
-  USE(T, LETTER, 2)                                                                            \
-  USE(T, LETTER, 3)                                                                            \
-  USE(T, LETTER, 4)                                                                            \
-  USE(T, LETTER, 5) USE(T, LETTER, 8) USE(T, LETTER, 11) USE(T, LETTER, 16) USE(T, LETTER, 24) \
-      USE(T, LETTER, 32) USE(T, LETTER, 41) USE(T, LETTER, 64)
+#define SIZES(USE, T, LETTER) \
+  USE(T, LETTER, 1)           \
+  USE(T, LETTER, 2)           \
+  USE(T, LETTER, 3)           \
+  USE(T, LETTER, 4)           \
+  USE(T, LETTER, 5)           \
+  USE(T, LETTER, 8)           \
+  USE(T, LETTER, 11)          \
+  USE(T, LETTER, 16) USE(T, LETTER, 24) USE(T, LETTER, 32) USE(T, LETTER, 41) USE(T, LETTER, 64)
 SIZES(VECTOR, double, )
 SIZES(VECTOR, float, f)
 SIZES(VECTOR, _Float16, s)
