@@ -16,10 +16,10 @@ namespace {
 
 using test::Tuple;
 
-/// The program, compiled in one way: a line of ZORP_OPENCL_MODULES.
+/// The program, compiled in one way.
 struct Module {
   const char *name, *path;
-  bool relaxed;
+  bool is_relaxed() const { return std::string_view(name) == "relaxed"; }
 };
 
 constexpr Module kModules[] = {ZORP_OPENCL_MODULES};
@@ -41,7 +41,7 @@ std::vector<test::Vector> in_memory(const Use& use, const std::vector<grammar::L
 TEST_P(Bitcode, BuiltinsHaveTheBitsOfTheirKernels) {
   const test::Library kernels(ZORP_LIBRARY), program(GetParam().path);
   for (const Use& use : all_uses()) {
-    const grammar::Kernel& kernel = use.builtin->kernel(use.width, GetParam().relaxed);
+    const grammar::Kernel& kernel = use.builtin->kernel(use.width, GetParam().is_relaxed());
     const auto call = reinterpret_cast<void (*)(void*, void*, void*, void*, void*)>(
         const_cast<void*>(program.find(use.symbol())));
     ASSERT_TRUE(call) << use.symbol();
@@ -77,7 +77,7 @@ TEST_P(Bitcode, NothingIsLeftButTheCalls) {
   std::set<std::string> kernels, uses;
   for (const Use& use : all_uses()) {
     uses.insert(use.symbol());
-    const grammar::Kernel& kernel = use.builtin->kernel(use.width, GetParam().relaxed);
+    const grammar::Kernel& kernel = use.builtin->kernel(use.width, GetParam().is_relaxed());
     // Served by two calls of half the width.
     if (!kernel.operands_on_stack()) kernels.insert(kernel.symbol());
   }
