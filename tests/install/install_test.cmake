@@ -25,6 +25,18 @@ run(${SCRATCH}/build/consumer)
 run(${SCRATCH}/build/loop_consumer)
 expect_vecabi_alone(${SCRATCH}/build/loop_consumer)
 
+# OpenCL C by the bitcode libraries: nothing stays undefined but kernels.
+if(CLANG_19)
+  foreach(library zorp_z1_opencl zorp_z1_opencl_relaxed)
+    run(${CLANG_19} -x cl -cl-std=CL3.0 -target x86_64-unknown-linux-gnu -march=icelake-server -O2 -fPIC
+        -Xclang -finclude-default-header -Xclang -mlink-builtin-bitcode
+        -Xclang ${prefix}/${LIBDIR}/zorp_z1/${library}.bc -c ${CONSUMER}/kernel.cl
+        -o ${SCRATCH}/build/kernel.o)
+    run(${CXX} -shared -nostdlib -Wl,-z,defs ${SCRATCH}/build/kernel.o
+        ${prefix}/${LIBDIR}/libzorp_z1.so -o ${SCRATCH}/build/kernel.so)
+  endforeach()
+endif()
+
 if(NOT PKG_CONFIG)
   message(STATUS "pkg-config is not installed: its files are not tested")
   return()
