@@ -251,12 +251,14 @@ constexpr Extended quotient_b[11] = {
     0x4004A7675879D68B587E_ext, 0x4004B31DFA672D7FB8C0_ext};
 constexpr Extended quotient_k = 0xBFD783A27775D86F9A81_ext;
 
+constexpr FactorTable binades = _C5;
+
 /// log gamma for x in [0.875, 512).
 long double own_lgamma_pos(long double x) {
   const double range = static_cast<double>(x);
   if (range >= 4) {
     const BinadeArgument binade(range, x);
-    return factored(_C5[binade.i], binade.t);
+    return binades.of[binade.i](binade.t);
   }
   if (range >= 2.25) {
     const long double s = x * x;
