@@ -22,7 +22,7 @@ void print_row(const Variant& variant) {
   const std::size_t operands = digest_operands(variant);
   const auto depends_on_estimates = [&](std::size_t count, std::uint64_t value) {
     bool differs = false;
-    for (int bits : {13, 15}) {
+    for (int bits : {13, 15, 18}) {
       set_estimate_bits(bits);
       differs = differs || digest(library, variant, count).value != value;
     }
