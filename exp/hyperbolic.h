@@ -9,6 +9,7 @@
 // Half forms e^|x| / 2 by a scale and e^-|x| / 2 from its reciprocal, and serves every operand.
 #pragma once
 
+#include "frame/gather.h"
 #include "frame/kernel.h"
 
 namespace zorp {
@@ -140,8 +141,7 @@ struct Sinh {
       const auto j = split.t & k.jmask;
       const auto e = shift_left<45>(split.t ^ j);
       const auto offset = shift_left<4>(j);
-      const auto ta = gather(&k.pairs.entry[0], offset);
-      const auto tb = gather(&k.pairs.entry[1], offset);
+      const auto [ta, tb] = gather_pairs(k.pairs.entry, offset);
       const auto s = r * r;
       // With 2^k and 2^-k: sh = sinh((k + j/128) ln 2), ch = cosh of the same.
       const auto a = raise(ta, e), b = raise(tb, e), c = lower(tb, e);

@@ -13,6 +13,7 @@
 #pragma once
 
 #include "frame/conversions.h"
+#include "frame/gather.h"
 #include "frame/kernel.h"
 #include "pow/two_parts.h"
 
@@ -129,8 +130,7 @@ struct DoubleLog2 {
     const auto rounded = (bits(a) & k.index_bits) + k.half_index;
     const auto i = shift_right<42>(rounded);
     const V r = gather(k.reciprocals.entry, shift_left<3>(i));
-    const V log_high = gather(&k.logs.entry[0], shift_left<4>(i));
-    const V log_low = gather(&k.logs.entry[1], shift_left<4>(i));
+    const auto [log_high, log_low] = gather_pairs(k.logs.entry, shift_left<4>(i));
     const V e = add_where(any_common_bit(rounded, k.upper_half), exponent(a), k.one);
     const V m = merge_bits(V(k.fraction), a, k.one);
     const V mh = m & k.upper;
@@ -216,9 +216,7 @@ inline TwoParts<V> ln(V x, const PownFloatBlock& k) {
   const V a = magnitude(x);
   const auto i = shift_right<17>((bits(a) & k.index_bits) + k.half_index);
   const auto offset = shift_left<3>(i) + shift_left<2>(i);
-  const V log_high = gather(&k.logs.entry[0], offset);
-  const V log_low = gather(&k.logs.entry[1], offset);
-  const V r = gather(&k.logs.entry[2], offset);
+  const auto [log_high, log_low, r, unused] = gather_fours(k.logs.entry, offset);
   const V e = exponent(a);
   const V m = merge_bits(V(k.fraction), a, k.one);
   const V mh = m & k.upper;
@@ -436,8 +434,7 @@ struct Rootn {
       auto p = product(y, log.parts);
       p.low = p.low + y.high * log.rest;
       const DoublePowerSplit<V> s(p, k);
-      const V high = gather(&k.powers.entry[0], s.offset);
-      const V low = gather(&k.powers.entry[1], s.offset);
+      const auto [high, low] = gather_pairs(k.powers.entry, s.offset);
       const V r2 = s.r * s.r;
       const V r4 = r2 * r2;
       V v = (fma(s.r, k.q5, k.q4) * r4) * high + low;

@@ -10,6 +10,7 @@
 #pragma once
 
 #include "frame/conversions.h"
+#include "frame/gather.h"
 #include "frame/kernel.h"
 
 namespace zorp {
@@ -88,7 +89,7 @@ struct Erf {
     const V t = m + k.shift;      // the unit is that of the grid
     const V z = t - k.shift;
     const auto offset = shift_left<4>(bits(t)) & k.imask;
-    const V value = gather(&k.grid.entry[0], offset), derivative = gather(&k.grid.entry[1], offset);
+    const auto [value, derivative] = gather_pairs(k.grid.entry, offset);
     const V r = m - z;
     const V u = z * r;
     // The square of a tiny r would be a subnormal number.
@@ -217,8 +218,7 @@ struct Erfc {
     const V z = t - k.shift;
     const V r = max(m, k.scale) - z;  // not 0 where m is
     const V u = z * r;
-    const auto at = offset(t, k);
-    const V value = gather(&k.grid.entry[0], at), derivative = gather(&k.grid.entry[1], at);
+    const auto [value, derivative] = gather_pairs(k.grid.entry, offset(t, k));
     const V g = at_distance(value, derivative, r, rest(u, r * r, k));
     return {fma(g, scale | sign, base), compare<_CMP_NLT_UQ>(x, k.limit)};
   }

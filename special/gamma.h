@@ -79,12 +79,13 @@ struct Lgammar {
     return Lgamma::filler<T>();
   }
 
-  /// Where the kernel serves them, gamma(x) is positive.
+  /// gamma(x) has the sign of x where the kernel serves it.
   template <Tier, int N>
   static auto apply(Vec<float, N> x) {
     using Signs = Vec<int32_t, N>;
     const auto result = Lgamma::apply<Tier::standard>(x);
-    return Outcome<Vec<float, N>, Signs>{result.first, constant<Signs>(1), result.special};
+    const Signs signs = shift_right_signed<31>(bits(x)) | constant<Signs>(1);
+    return Outcome<Vec<float, N>, Signs>{result.first, signs, result.special};
   }
 };
 

@@ -237,7 +237,7 @@ class PiecesAngle {
   }
 };
 
-// One copy for all kernels: so much code is not worth inlining on a second path.
+// One copy for all kernels, but where the results are two: they would need a place on the stack.
 
 /// For |x| from 2^23 on.
 template <int N>
@@ -249,7 +249,7 @@ template <int N>
   return PiecesAngle(x).cosine();
 }
 template <int N>
-[[gnu::noinline]] Results<Vec<double, N>, Vec<double, N>> pieces_sincos(Vec<double, N> x) {
+inline Results<Vec<double, N>, Vec<double, N>> pieces_sincos(Vec<double, N> x) {
   const PiecesAngle angle(x);
   return {angle.sine(), angle.cosine()};
 }

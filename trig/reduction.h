@@ -8,6 +8,7 @@
 // formed in integers of half a word.
 #pragma once
 
+#include "frame/gather.h"
 #include "frame/kernel.h"
 #include "frame/scalar.h"
 
@@ -122,9 +123,8 @@ struct TurnReduction {
     constexpr int log_bytes = same<T, double> ? 3 : 2;  // of a word
     const Bits offset =
         shift_right<fraction_bits - log_bytes>(e) + shift_right<fraction_bits - log_bytes - 1>(e);
-    const Bits w2 = bits(gather(&k.words.entry[0], offset));
-    const Bits w1 = bits(gather(&k.words.entry[1], offset));
-    const Bits w0 = bits(gather(&k.words.entry[2], offset));
+    const auto words = gather_fours<N>(k.words.entry, offset);  // the fourth is the next row's
+    const Bits w2 = bits(words.first), w1 = bits(words.second), w0 = bits(words.third);
     const Bits a5 = high_limb(w2), a4 = w2, a3 = high_limb(w1), a2 = w1, a1 = high_limb(w0),
                a0 = w0;
     const Bits b0 = (bits(x) & k.fraction) | k.leading_bit, b1 = high_limb(b0);
@@ -159,15 +159,16 @@ struct CirclePoint {
     constexpr int circle_bytes = CircleBlock<T>::steps << log_entry_bytes;
     const Bits within = constant<Bits>(circle_bytes - (1 << log_entry_bytes));
     const Bits offset = within & shift_left<log_entry_bytes>(step);
-    c_rest = gather(from, offset);
+    const auto entry = gather_fours<N>(from, offset);
+    c_rest = entry.first;
     if constexpr (same<T, double>) {
-      c_power = gather(from + 1, offset);
-      s_high = gather(from + 2, offset);
-      s_low = gather(from + 3, offset);
+      c_power = entry.second;
+      s_high = entry.third;
+      s_low = entry.fourth;
     } else {
-      s_high = gather(from + 1, offset);
-      s_low = gather(from + 2, offset);
-      c_power = gather(from + 3, offset);
+      s_high = entry.second;
+      s_low = entry.third;
+      c_power = entry.fourth;
     }
   }
 };
