@@ -1,0 +1,230 @@
+// Writes the OpenCL C that turns built-ins into calls of kernels, as a table of overloads for the
+// layer (layer/overloads.h):
+//
+//   header SERVED    SERVED lists what the kernels serve by default, one line for each signature:
+//                    sin double: 1 2 3 4 8 16
+//
+// Each overload is a gnu_inline definition over inline assembly. Such a definition yields to one of
+// the program's own, as that of a library's header does in C. All other names are reserved ones, and
+// parts of vectors are taken by builtins of the compiler, since a program's options may define any
+// plain name as a macro.
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "clients/opencl/builtins.h"
+#include "clients/opencl/layer/served.h"
+
+namespace zorp::opencl {
+namespace {
+
+using grammar::Kernel;
+using grammar::Lane;
+
+bool is_integer(Lane lane) { return int(lane) > int(Lane::f16); }
+
+std::string joined(const std::vector<std::string>& list) {
+  std::string out;
+  for (const std::string& item : list) out += (out.empty() ? "" : ", ") + item;
+  return out;
+}
+
+/// The lanes of a vector that make up another; "-1" stands for any value.
+std::string shuffled(const std::string& a, const std::string& b,
+                     const std::vector<std::string>& lanes) {
+  return "__builtin_shufflevector(" + a + ", " + b + ", " + joined(lanes) + ")";
+}
+
+std::vector<std::string> lane_numbers(int first, int count) {
+  std::vector<std::string> numbers;
+  for (int i = 0; i < count; ++i) numbers.push_back(std::to_string(first + i));
+  return numbers;
+}
+
+/// How a vector of a lane type travels: in one register, two, or a general one.
+struct Shape {
+  Lane lane;
+  int width;
+
+  bool is_general() const { return width == 1 && is_integer(lane); }
+  int registers() const { return grammar::registers(lane, width); }
+  /// Lanes of the value in one register, as the compiler is told of it: width 3 and less than 128
+  /// bits are filled up.
+  int register_width() const {
+    if (width == 1) return 1;
+    return std::max(grammar::lanes_in_memory(width) / registers(), 16 / grammar::lane_bytes(lane));
+  }
+  std::string register_name(int number) const {
+    const int bytes = register_width() * grammar::lane_bytes(lane);
+    return (bytes == 64 ? "zmm" : bytes == 32 ? "ymm" : "xmm") + std::to_string(number);
+  }
+  /// The values of the registers, lower half first.
+  std::vector<std::string> parts(const std::string& vector) const {
+    if (registers() == 2)
+      return {shuffled(vector, vector, lane_numbers(0, width / 2)),
+              shuffled(vector, vector, lane_numbers(width / 2, width / 2))};
+    if (register_width() == width) return {vector};
+    std::vector<std::string> lanes = lane_numbers(0, width);
+    lanes.resize(std::size_t(register_width()), "-1");
+    return {shuffled(vector, vector, lanes)};
+  }
+  /// The vector again.
+  std::string whole(const std::vector<std::string>& parts) const {
+    if (registers() == 1 && register_width() == width) return parts[0];
+    return shuffled(parts[0], parts.back(), lane_numbers(0, width));
+  }
+};
+
+/// One built-in at one width as a function definition.
+class Overload {
+ public:
+  Overload(const Builtin& builtin, int width)
+      : builtin_(builtin),
+        width_(width),
+        kernel_(builtin.kernel(width)),
+        result_{kernel_.results()[0], width} {}
+
+  std::string text() const {
+    if (builtin_.pointer.empty()) return definition("");
+    std::string named;
+    for (const char* space : {"__private ", "__local ", "__global "}) named += definition(space);
+    return "#ifdef __opencl_c_generic_address_space\n" + definition("") +
+           "#endif\n#ifdef __opencl_c_named_address_space_builtins\n" + named + "#endif\n";
+  }
+
+ private:
+  static std::string operand_name(size_t i) { return std::string("__") + char('x' + i); }
+
+  std::string definition(const std::string& space) const {
+    std::vector<std::string> parameters;
+    for (size_t i = 0; i < builtin_.operands.size(); ++i) {
+      const Operand& operand = builtin_.operands[i];
+      parameters.push_back(type_name(operand.element, operand.scalar ? 1 : width_) + " " +
+                           operand_name(i));
+    }
+    const std::string pointee = type_name(builtin_.pointer, width_);
+    if (!builtin_.pointer.empty()) parameters.push_back(space + pointee + " *__p");
+    const std::string body = kernel_.operands_on_stack() ? halves() : call();
+    return "__zorp_inline " + type_name(builtin_.result, width_) + " " + builtin_.name(width_) +
+           "(" + joined(parameters) + ") {\n" + body + "}\n";
+  }
+
+  /// Operands that would travel on the stack: the lower half of the lanes, then the upper.
+  std::string halves() const {
+    std::vector<std::string> arguments[2];
+    for (size_t i = 0; i < builtin_.operands.size(); ++i) {
+      const Shape shape{kernel_.operands()[i], width_};
+      for (int half : {0, 1})
+        arguments[half].push_back(shape.parts(operand_name(i))[size_t(half)]);
+    }
+    const std::string name = builtin_.name(width_ / 2);
+    return "  return " +
+           result_.whole({name + "(" + joined(arguments[0]) + ")",
+                          name + "(" + joined(arguments[1]) + ")"}) +
+           ";\n";
+  }
+
+  std::string call() const {
+    std::string before, moves_in, moves_out, after;
+    std::vector<std::string> outputs, inputs;
+
+    // Operands. The first vector register has a constraint of its own; the compiler puts the rest
+    // where the kernel writes nothing, and they are moved to their registers.
+    int next = 0;
+    for (size_t i = 0; i < builtin_.operands.size(); ++i) {
+      const Shape shape{kernel_.operands()[i], width_};
+      std::string value = operand_name(i);
+      if (builtin_.operands[i].scalar)
+        value = "(" + type_name(builtin_.operands[i].element, width_) + ")(" + value + ")";
+      if (shape.is_general()) {
+        outputs.push_back("\"+D\"(" + value + ")");
+        continue;
+      }
+      for (const std::string& part : shape.parts(value)) {
+        if (next == 0) {
+          inputs.push_back("\"Yz\"(" + part + ")");
+        } else {
+          const std::string number = std::to_string(next);
+          inputs.push_back("[i" + number + "] \"v\"(" + part + ")");
+          moves_in += "vmovaps %[i" + number + "], %%" + shape.register_name(next) + "\\n\\t";
+        }
+        ++next;
+      }
+    }
+
+    // Results.
+    const std::string type = type_name(builtin_.result, result_.register_width());
+    std::vector<std::string> parts;
+    if (result_.is_general()) {
+      // The kernel may change the operand's register, too.
+      before += "  " + type + " __r0;\n";
+      outputs.push_back("\"=a\"(__r0)");
+      outputs.push_back("\"+Yz\"(__x)");
+      inputs.erase(inputs.begin());
+      parts = {"__r0"};
+    } else {
+      for (int i = 0; i < result_.registers(); ++i) {
+        const std::string number = std::to_string(i);
+        parts.push_back("__r" + number);
+        before += "  " + type + " __r" + number + ";\n";
+        if (i == 0) {
+          outputs.push_back("\"=Yz\"(__r0)");
+        } else {
+          outputs.push_back("[o" + number + "] \"=v\"(__r" + number + ")");
+          moves_out += "\\n\\tvmovaps %%" + result_.register_name(i) + ", %[o" + number + "]";
+        }
+      }
+    }
+    if (!builtin_.pointer.empty()) {
+      const std::string pointee = type_name(builtin_.pointer, width_);
+      before += "  " + pointee + " __second;\n  __private " + pointee + " *__to = &__second;\n";
+      outputs.push_back("\"=m\"(__second)");
+      outputs.push_back("\"+D\"(__to)");
+      after = "  *__p = __second;\n";
+    }
+
+    std::string kernel = "\"" + kernel_.name() + "\"";
+    if (builtin_.relaxed_tier != builtin_.tier) kernel += " __zorp_relaxed";
+    std::string code = "__zorp_call(" + kernel + ")";
+    if (!moves_in.empty()) code = "\"" + moves_in + "\" " + code;
+    if (!moves_out.empty()) code += " \"" + moves_out + "\"";
+    const std::string clobbers =
+        result_.is_general() ? "__zorp_clobbers" : "__zorp_clobbers, \"rax\"";
+    return before + "  __asm__(" + code + " : " + joined(outputs) + " : " + joined(inputs) + " : " +
+           clobbers + ");\n" + after + "  return " + result_.whole(parts) + ";\n";
+  }
+
+  const Builtin& builtin_;
+  int width_;
+  const Kernel& kernel_;
+  Shape result_;
+};
+
+int run(const std::string& served_file) {
+  const Served served(served_file);
+  std::printf(
+      "// Written by clients/opencl/layer/header from the table of built-ins.\n"
+      "#include \"clients/opencl/layer/overloads.h\"\n\n"
+      "namespace zorp::opencl {\n\nconst std::vector<Overload> kOverloads = {\n");
+  for (const Builtin& builtin : builtins()) {
+    // The runtime has no half arithmetic.
+    if (builtin.element == grammar::Element::f16) continue;
+    for (int width : builtin.widths)
+      std::printf("{%s, R\"(%s)\"},\n", served(builtin, width) ? "true" : "false",
+                  Overload(builtin, width).text().c_str());
+  }
+  std::printf("};\n\n}  // namespace zorp::opencl\n");
+  return 0;
+}
+
+}  // namespace
+}  // namespace zorp::opencl
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: header SERVED\n");
+    return 2;
+  }
+  return zorp::opencl::run(argv[1]);
+}

@@ -1,0 +1,47 @@
+#include "clients/opencl/layer/header_text.h"
+
+#include "clients/opencl/layer/overloads.h"
+
+namespace zorp::opencl {
+namespace {
+
+// The line marker makes this a system header, of which no warnings are given. A program that takes
+// the names of element types for macros keeps the runtime's own built-ins.
+constexpr const char* kBegin = R"(# 1 "zorp_z1_opencl.h" 1 3
+#if defined(__AVX512F__) && defined(__AVX512VL__) && defined(cl_khr_fp64) && \
+    !defined(double) && !defined(float) && !defined(int) && !defined(uint) && \
+    !defined(long) && !defined(ulong)
+#pragma OPENCL EXTENSION cl_khr_fp64 : enable
+#define __zorp_inline \
+  extern __inline__ __attribute__((__gnu_inline__, __always_inline__, __overloadable__))
+/* Below the stack pointer may be the caller's red zone. */
+#define __zorp_call(kernel) \
+  "leaq -128(%%rsp), %%rsp\n\tcall __zorp_z1_" kernel "@PLT\n\tleaq 128(%%rsp), %%rsp"
+#define __zorp_clobbers \
+  "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11", \
+  "xmm12", "xmm13", "xmm14", "xmm15", "k0", "k1", "k2", "k3", "rcx", "rdx", "r8", "r9", "r10", \
+  "r11", "cc"
+#ifdef __FAST_RELAXED_MATH__
+#define __zorp_relaxed "_rm"
+#else
+#define __zorp_relaxed
+#endif
+)";
+
+// The empty name stands for that of the file whose line it is. What extensions were enabled isn't
+// told, so that the runtime's state before the program is restored: none.
+constexpr const char* kEnd = R"(#pragma OPENCL EXTENSION cl_khr_fp64 : disable
+#endif
+# 1 "" 2
+)";
+
+}  // namespace
+
+std::string header_text(bool all) {
+  std::string text = kBegin;
+  for (const Overload& overload : kOverloads)
+    if (all || overload.by_default) text += overload.text;
+  return text + kEnd;
+}
+
+}  // namespace zorp::opencl

@@ -1,0 +1,12 @@
+// The text that the layer puts in front of a program's source.
+#pragma once
+
+#include <string>
+
+namespace zorp::opencl {
+
+/// With all overloads, or with those that are faster than the runtime's own. It compiles to
+/// nothing for a target without AVX-512.
+std::string header_text(bool all);
+
+}  // namespace zorp::opencl
