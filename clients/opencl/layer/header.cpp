@@ -90,7 +90,7 @@ class Overload {
     std::string named;
     for (const char* space : {"__private ", "__local ", "__global "}) named += definition(space);
     return "#ifdef __opencl_c_generic_address_space\n" + definition("") +
-           "#endif\n#ifdef __opencl_c_named_address_space_builtins\n" + named + "#endif\n";
+           "#else\n" + named + "#endif\n";
   }
 
  private:
