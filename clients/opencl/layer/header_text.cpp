@@ -5,13 +5,11 @@
 namespace zorp::opencl {
 namespace {
 
-// The line marker makes this a system header, of which no warnings are given. A program that takes
-// the names of element types for macros keeps the runtime's own built-ins.
+// The line marker makes this a system header, of which no warnings are given. Before
+// version 1.2 the language had no external functions.
 constexpr const char* kBegin = R"(# 1 "zorp_z1_opencl.h" 1 3
 #if defined(__AVX512F__) && defined(__AVX512VL__) && defined(cl_khr_fp64) && \
-    !defined(double) && !defined(float) && !defined(int) && !defined(uint) && \
-    !defined(long) && !defined(ulong)
-#pragma OPENCL EXTENSION cl_khr_fp64 : enable
+    __OPENCL_C_VERSION__ >= 120
 #define __zorp_inline \
   extern __inline__ __attribute__((__gnu_inline__, __always_inline__, __overloadable__))
 /* Below the stack pointer may be the caller's red zone. */
@@ -28,10 +26,8 @@ constexpr const char* kBegin = R"(# 1 "zorp_z1_opencl.h" 1 3
 #endif
 )";
 
-// The empty name stands for that of the file whose line it is. What extensions were enabled isn't
-// told, so that the runtime's state before the program is restored: none.
-constexpr const char* kEnd = R"(#pragma OPENCL EXTENSION cl_khr_fp64 : disable
-#endif
+// The empty name stands for that of the program's file.
+constexpr const char* kEnd = R"(#endif
 # 1 "" 2
 )";
 
