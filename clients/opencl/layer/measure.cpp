@@ -1,9 +1,9 @@
-// Times built-ins under PoCL, with the layer and without it, for tools/opencl_layer.py:
+// Times built-ins under PoCL, with the layer and without it, for tools/opencl_performance.py:
 //
 //   measure LAYER [REGEX]
 //
 // prints, for each signature that the expression is found in and each width, tabs between columns:
-// signature, width, ns an element of the runtime's own, of the layer. ZORP_Z1_OPENCL holds for the
+// signature, element type, width, ns an element of the runtime's own, of the layer. ZORP_Z1_OPENCL holds for the
 // layer as ever. A kernel calls the built-in once in each work-item, on arrays in cache. Launches
 // of both are interleaved; a time is the least of all.
 #include <chrono>
@@ -94,8 +94,9 @@ void measure(const Runtime& runtime, const Program& plain, const Program& layere
     least_kernel = std::min(least_kernel, seconds(kernel, groups, group_size));
   }
   const double elements = double(groups * group_size) * width;
-  std::printf("%s\t%d\t%.4f\t%.4f\n", signature(builtin).c_str(), width, 1e9 * least_own / elements,
-              1e9 * least_kernel / elements);
+  std::printf("%s\t%s\t%d\t%.4f\t%.4f\n", signature(builtin).c_str(),
+              builtin.element == grammar::Element::f64 ? "double" : "float", width,
+              1e9 * least_own / elements, 1e9 * least_kernel / elements);
   std::fflush(stdout);
 }
 

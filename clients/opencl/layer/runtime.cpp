@@ -18,7 +18,8 @@ void check(cl_int status, const char* what) {
 
 constexpr std::size_t kEntries = sizeof(Entries) / sizeof(void*);
 
-/// The functions with those that the layer replaces.
+}  // namespace
+
 Entries layered(const Entries& plain, const std::string& layer) {
   void* handle = dlopen(layer.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!handle) throw std::runtime_error(dlerror());
@@ -37,8 +38,6 @@ Entries layered(const Entries& plain, const std::string& layer) {
   std::memcpy(&result, entries, sizeof result);
   return result;
 }
-
-}  // namespace
 
 Runtime::Runtime(const std::string& layer) {
   scratch_ = (std::filesystem::temp_directory_path() / "zorp_opencl_XXXXXX").string();

@@ -13,10 +13,14 @@ namespace zorp::opencl {
 /// The functions of a runtime, as a program that the loader serves sees them.
 using Entries = cl_icd_dispatch;
 
+/// The functions with those that the layer replaces. `layer` is its file, which keeps one state for
+/// as often as it is loaded, and reads the environment now.
+Entries layered(const Entries& plain, const std::string& layer);
+
 /// A context on the device, with a queue. What PoCL compiles it keeps in a scratch folder.
 class Runtime {
  public:
-  /// Throws if there is no PoCL. `layer` is the layer's file, which reads the environment now.
+  /// Throws if there is no PoCL.
   explicit Runtime(const std::string& layer);
   ~Runtime();
   Runtime(const Runtime&) = delete;
@@ -40,6 +44,9 @@ class Program {
  public:
   Program(const Runtime& runtime, const Entries& entries, const std::string& source,
           const std::string& options = "");
+  /// Takes over one that was built.
+  Program(const Runtime& runtime, const Entries& entries, cl_program program)
+      : runtime_(runtime), entries_(entries), program_(program), status_(CL_SUCCESS) {}
   ~Program();
   Program(const Program&) = delete;
 

@@ -1,5 +1,5 @@
 // What the kernels serve by default: the table clients/opencl/layer/served.txt, which
-// tools/opencl_layer.py writes from measurements.
+// tools/opencl_performance.py writes from measurements.
 #pragma once
 
 #include <map>
