@@ -68,7 +68,8 @@ class OpenclLayerEntries : public testing::Test {
 
 TEST_F(OpenclLayerEntries, SourceIsOneTextOfSeveralStringsAndToldAsItWasGiven) {
   // Tokens across strings, a string that isn't terminated, a length of 0.
-  const char* strings[] = {"kernel void k(global dou", "ble *x) {\n  x[0] = floXXX", "or(2.5);\n}\n"};
+  const char* strings[] = {"kernel void k(global dou", "ble *x) {\n  x[0] = floXXX",
+                           "or(2.5);\n}\n"};
   const std::size_t lengths[] = {24, 22, 0};
   const std::string whole = "kernel void k(global double *x) {\n  x[0] = floor(2.5);\n}\n";
   cl_int status = -1;
@@ -126,9 +127,9 @@ TEST_F(OpenclLayerEntries, IncludedProgramsAreIncludedAsTheyWereGiven) {
   const cl_device_id device = runtime().device();
   const cl_program headers[] = {values, functions};
   const char* names[] = {"values.h", "functions.h"};
-  ASSERT_EQ(with_layer().clCompileProgram(program, 1, &device, "", 2, headers, names, nullptr,
-                                          nullptr),
-            CL_SUCCESS);
+  ASSERT_EQ(
+      with_layer().clCompileProgram(program, 1, &device, "", 2, headers, names, nullptr, nullptr),
+      CL_SUCCESS);
   cl_int status = -1;
   const cl_program linked = with_layer().clLinkProgram(runtime().context(), 1, &device, "", 1,
                                                        &program, nullptr, nullptr, &status);
@@ -218,7 +219,8 @@ cl_int CL_API_CALL context_info(cl_context, cl_context_info what, std::size_t si
 cl_int CL_API_CALL device_info(cl_device_id id, cl_device_info what, std::size_t size, void* value,
                                std::size_t* returned) {
   const Device* device = reinterpret_cast<const Device*>(id);
-  if (what == CL_DEVICE_TYPE) return tell(&device->type, sizeof device->type, size, value, returned);
+  if (what == CL_DEVICE_TYPE)
+    return tell(&device->type, sizeof device->type, size, value, returned);
   if (what == CL_DEVICE_PLATFORM) return tell(&device, sizeof device, size, value, returned);
   return tell(device->name, std::strlen(device->name) + 1, size, value, returned);
 }
@@ -247,11 +249,10 @@ TEST_F(OpenclLayerEntries, ForeignDevicesGetTheProgramAsItIs) {
 
   const char* pocl = "Portable Computing Language";
   const Device own = {CL_DEVICE_TYPE_CPU, "pthread-skylake-avx512", pocl};
-  const std::vector<std::vector<Device>> contexts = {
-      {{CL_DEVICE_TYPE_GPU, "pthread", pocl}},
-      {{CL_DEVICE_TYPE_CPU, "remote", pocl}},
-      {{CL_DEVICE_TYPE_CPU, "pthread", "Another"}},
-      {own, {CL_DEVICE_TYPE_GPU, "gpu", "Another"}}};
+  const std::vector<std::vector<Device>> contexts = {{{CL_DEVICE_TYPE_GPU, "pthread", pocl}},
+                                                     {{CL_DEVICE_TYPE_CPU, "remote", pocl}},
+                                                     {{CL_DEVICE_TYPE_CPU, "pthread", "Another"}},
+                                                     {own, {CL_DEVICE_TYPE_GPU, "gpu", "Another"}}};
   const char* source = kSource;
   for (const auto& devices : contexts) {
     foreign_devices = devices;

@@ -5,9 +5,9 @@
 //                    sin double: 1 2 3 4 8 16
 //
 // Each overload is a gnu_inline definition over inline assembly. Such a definition yields to one of
-// the program's own, as that of a library's header does in C. All other names are reserved ones, and
-// parts of vectors are taken by builtins of the compiler, since a program's options may define any
-// plain name as a macro.
+// the program's own, as that of a library's header does in C. All other names are reserved ones,
+// and parts of vectors are taken by builtins of the compiler, since a program's options may define
+// any plain name as a macro.
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -89,8 +89,8 @@ class Overload {
     if (builtin_.pointer.empty()) return definition("");
     std::string named;
     for (const char* space : {"__private ", "__local ", "__global "}) named += definition(space);
-    return "#ifdef __opencl_c_generic_address_space\n" + definition("") +
-           "#else\n" + named + "#endif\n";
+    return "#ifdef __opencl_c_generic_address_space\n" + definition("") + "#else\n" + named +
+           "#endif\n";
   }
 
  private:
@@ -115,13 +115,12 @@ class Overload {
     std::vector<std::string> arguments[2];
     for (size_t i = 0; i < builtin_.operands.size(); ++i) {
       const Shape shape{kernel_.operands()[i], width_};
-      for (int half : {0, 1})
-        arguments[half].push_back(shape.parts(operand_name(i))[size_t(half)]);
+      for (int half : {0, 1}) arguments[half].push_back(shape.parts(operand_name(i))[size_t(half)]);
     }
     const std::string name = builtin_.name(width_ / 2);
     return "  return " +
-           result_.whole({name + "(" + joined(arguments[0]) + ")",
-                          name + "(" + joined(arguments[1]) + ")"}) +
+           result_.whole(
+               {name + "(" + joined(arguments[0]) + ")", name + "(" + joined(arguments[1]) + ")"}) +
            ";\n";
   }
 

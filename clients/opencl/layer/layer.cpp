@@ -75,9 +75,8 @@ bool is_own_processor(cl_device_id device) {
   if (next_entries.clGetDeviceInfo(device, CL_DEVICE_TYPE, sizeof type, &type, nullptr) ||
       next_entries.clGetDeviceInfo(device, CL_DEVICE_PLATFORM, sizeof platform, &platform, nullptr))
     return false;
-  const std::string name = text_of([&](auto... out) {
-    return next_entries.clGetDeviceInfo(device, CL_DEVICE_NAME, out...);
-  });
+  const std::string name = text_of(
+      [&](auto... out) { return next_entries.clGetDeviceInfo(device, CL_DEVICE_NAME, out...); });
   const std::string runtime = text_of([&](auto... out) {
     return next_entries.clGetPlatformInfo(platform, CL_PLATFORM_NAME, out...);
   });
@@ -108,8 +107,8 @@ bool are_valid(cl_uint count, const char** strings) {
 }
 
 CL_API_ENTRY cl_program CL_API_CALL create_program(cl_context context, cl_uint count,
-                                                   const char** strings,
-                                                   const std::size_t* lengths, cl_int* error) {
+                                                   const char** strings, const std::size_t* lengths,
+                                                   cl_int* error) {
   // Whatever is wrong is told by the runtime.
   if (!are_valid(count, strings) || !all_own_processor(context))
     return next_entries.clCreateProgramWithSource(context, count, strings, lengths, error);
@@ -147,10 +146,12 @@ CL_API_ENTRY cl_int CL_API_CALL get_program_info(cl_program program, cl_program_
 }
 
 /// Programs that are included, maybe in the middle of an expression, are so as the user gave them.
-CL_API_ENTRY cl_int CL_API_CALL
-compile_program(cl_program program, cl_uint device_count, const cl_device_id* devices,
-                const char* options, cl_uint header_count, const cl_program* headers,
-                const char** names, void(CL_CALLBACK* notify)(cl_program, void*), void* data) {
+CL_API_ENTRY cl_int CL_API_CALL compile_program(cl_program program, cl_uint device_count,
+                                                const cl_device_id* devices, const char* options,
+                                                cl_uint header_count, const cl_program* headers,
+                                                const char** names,
+                                                void(CL_CALLBACK* notify)(cl_program, void*),
+                                                void* data) {
   std::vector<cl_program> plain, made;
   if (headers) plain.assign(headers, headers + header_count);
   for (cl_program& included : plain) {
@@ -198,8 +199,8 @@ void start() {
 
 using namespace zorp::opencl;
 
-[[gnu::visibility("default")]] CL_API_ENTRY cl_int CL_API_CALL clGetLayerInfo(cl_layer_info what, std::size_t size, void* value,
-                                               std::size_t* size_returned) {
+[[gnu::visibility("default")]] CL_API_ENTRY cl_int CL_API_CALL
+clGetLayerInfo(cl_layer_info what, std::size_t size, void* value, std::size_t* size_returned) {
   constexpr char name[] = "zorp_z1";
   constexpr cl_layer_api_version version = CL_LAYER_API_VERSION_100;
   if (what != CL_LAYER_API_VERSION && what != CL_LAYER_NAME) return CL_INVALID_VALUE;
@@ -211,9 +212,9 @@ using namespace zorp::opencl;
   return CL_SUCCESS;
 }
 
-[[gnu::visibility("default")]] CL_API_ENTRY cl_int CL_API_CALL clInitLayer(cl_uint count, const cl_icd_dispatch* target,
-                                            cl_uint* count_returned,
-                                            const cl_icd_dispatch** layer) {
+[[gnu::visibility("default")]] CL_API_ENTRY cl_int CL_API_CALL
+clInitLayer(cl_uint count, const cl_icd_dispatch* target, cl_uint* count_returned,
+            const cl_icd_dispatch** layer) {
   if (!target || !count_returned || !layer) return CL_INVALID_VALUE;
   // The loader may know fewer functions or more.
   count = std::min(count, cl_uint(sizeof(cl_icd_dispatch) / sizeof(void*)));

@@ -3,9 +3,9 @@
 //   measure LAYER [REGEX]
 //
 // prints, for each signature that the expression is found in and each width, tabs between columns:
-// signature, element type, width, ns an element of the runtime's own, of the layer. ZORP_Z1_OPENCL holds for the
-// layer as ever. A kernel calls the built-in once in each work-item, on arrays in cache. Launches
-// of both are interleaved; a time is the least of all.
+// signature, element type, width, ns an element of the runtime's own, of the layer. ZORP_Z1_OPENCL
+// holds for the layer as ever. A kernel calls the built-in once in each work-item, on arrays in
+// cache. Launches of both are interleaved; a time is the least of all.
 #include <chrono>
 #include <cstdio>
 #include <regex>
@@ -29,14 +29,14 @@ std::string kernel_name(std::size_t builtin, int width) {
   return "k" + std::to_string(builtin) + "_" + std::to_string(width);
 }
 
-/// A kernel that calls the built-in on each work-item's vector. Of width 3, vectors have the room of
-/// four lanes.
+/// A kernel that calls the built-in on each work-item's vector. Of width 3, vectors have the room
+/// of four lanes.
 std::string kernel_source(const Builtin& builtin, int width, const std::string& name) {
   std::string parameters, arguments;
   for (std::size_t i = 0; i < builtin.operands.size(); ++i) {
     const std::string number = std::to_string(i);
-    parameters += "global const " + type_name(builtin.operands[i].element, width) + " *x" + number +
-                  ", ";
+    parameters +=
+        "global const " + type_name(builtin.operands[i].element, width) + " *x" + number + ", ";
     arguments += (i ? ", x" : "x") + number + "[i]";
   }
   parameters += "global " + type_name(builtin.result, width) + " *r";
@@ -46,7 +46,8 @@ std::string kernel_source(const Builtin& builtin, int width, const std::string& 
   } else {
     const std::string pointee = type_name(builtin.pointer, width);
     parameters += ", global " + pointee + " *p";
-    body = "  " + pointee + " second;\n" + body + "(" + arguments + ", &second);\n  p[i] = second;\n";
+    body =
+        "  " + pointee + " second;\n" + body + "(" + arguments + ", &second);\n  p[i] = second;\n";
   }
   return "kernel void " + name + "(" + parameters + ") {\n  const size_t i = get_local_id(0);\n" +
          body + "}\n";

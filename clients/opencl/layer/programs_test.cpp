@@ -67,14 +67,17 @@ struct Case {
 // Results don't depend on whose built-ins are called, but for exact functions.
 const Case kCases[] = {
     {"ErrorsAndTheirLines",
-     "kernel void k(global double *x) {\n  x[0] = exp(x[0])\n}\nint f() { return g; }\n", "", false},
+     "kernel void k(global double *x) {\n  x[0] = exp(x[0])\n}\nint f() { return g; }\n", "",
+     false},
     {"WarningsOfTheProgramAlone",
      "#pragma clang diagnostic warning \"-Wall\"\n#pragma clang diagnostic warning \"-Wextra\"\n"
      "#warning here\n"
-     "int f(int unused) { int u; return 0; }\nkernel void k(global double *x) { x[0] = __LINE__; }\n"},
+     "int f(int unused) { int u; return 0; }\nkernel void k(global double *x) { x[0] = __LINE__; "
+     "}\n"},
     {"WarningsAsErrors", "kernel void k(global double *x) { x[0] = __LINE__; }\n", "-Werror"},
     {"OwnFileNames",
-     "#line 70 \"mine.cl\"\nkernel void k(global double *x) { x[0] = y; }\n#error stop\n", "", false},
+     "#line 70 \"mine.cl\"\nkernel void k(global double *x) { x[0] = y; }\n#error stop\n", "",
+     false},
     {"FunctionOfTheSameSignature",
      "__attribute__((overloadable)) double exp(double x) { return x + 1; }\n"
      "kernel void k(global double *x) {\n"
@@ -101,7 +104,8 @@ const Case kCases[] = {
      "#undef exp\n#define exp(x) ((x) + 1)\n#undef sin\n#define sin exp\n"
      "#ifdef floor\n#undef floor\n#endif\n#define floor ceil\n"
      "kernel void k(global double *x) {\n"
-     "  const size_t i = get_global_id(0);\n  x[i] = sin(x[i]) + exp(1) + floor(x[i] + 0.25);\n}\n"},
+     "  const size_t i = get_global_id(0);\n  x[i] = sin(x[i]) + exp(1) + floor(x[i] + "
+     "0.25);\n}\n"},
     {"MacroArguments",
      "#define APPLY(f, x) f(x)\n#define JOIN(a, b) a##b\n#define TEXT(a) #a\n"
      "kernel void k(global double *x) {\n"

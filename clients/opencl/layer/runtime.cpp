@@ -83,8 +83,7 @@ Program::Program(const Runtime& runtime, const Entries& entries, const std::stri
                  const std::string& options)
     : runtime_(runtime), entries_(entries) {
   const char* text = source.c_str();
-  program_ =
-      entries_.clCreateProgramWithSource(runtime.context(), 1, &text, nullptr, &status_);
+  program_ = entries_.clCreateProgramWithSource(runtime.context(), 1, &text, nullptr, &status_);
   if (status_ != CL_SUCCESS) return;
   const cl_device_id device = runtime.device();
   status_ = entries_.clBuildProgram(program_, 1, &device, options.c_str(), nullptr, nullptr);
@@ -129,8 +128,8 @@ Launch::~Launch() {
 
 void Launch::operator()(std::size_t groups, std::size_t group_size) const {
   const std::size_t size = groups * group_size;
-  check(runtime_.without_layer().clEnqueueNDRangeKernel(runtime_.queue(), kernel_, 1, nullptr, &size,
-                                                        &group_size, 0, nullptr, nullptr),
+  check(runtime_.without_layer().clEnqueueNDRangeKernel(runtime_.queue(), kernel_, 1, nullptr,
+                                                        &size, &group_size, 0, nullptr, nullptr),
         "a launch");
   check(runtime_.without_layer().clFinish(runtime_.queue()), "a launch");
 }

@@ -66,8 +66,7 @@ std::string store(const std::string& value, const std::string& array, int width)
 std::string kernel_source(const Builtin& builtin, const std::string& name) {
   std::string parameters, variables, loops;
   for (std::size_t i = 0; i < builtin.operands.size(); ++i)
-    parameters +=
-        "global const " + builtin.operands[i].element + " *x" + std::to_string(i) + ", ";
+    parameters += "global const " + builtin.operands[i].element + " *x" + std::to_string(i) + ", ";
   parameters += "global " + builtin.result + " *r";
   const bool has_pointer = !builtin.pointer.empty();
   if (has_pointer)
@@ -165,8 +164,8 @@ void compare(const Builtin& builtin, const Program& program, const std::string& 
                              [(filled + std::size_t(first + lane)) * std::size_t(bytes)],
                         std::size_t(bytes));
             ASSERT_EQ(test::hex(actual), test::hex(caller.output(expected, int(output), lane)))
-                << kernel.name() << test::hex(chunk[std::size_t(lane)], lanes.size())
-                << ", output " << output << ", lane " << lane
+                << kernel.name() << test::hex(chunk[std::size_t(lane)], lanes.size()) << ", output "
+                << output << ", lane " << lane
                 << (spaces > 1 ? ", pointer to " + kSpaces[space] : "");
           }
       }
