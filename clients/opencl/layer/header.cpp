@@ -124,12 +124,29 @@ class Overload {
            ";\n";
   }
 
-  std::string call() const {
-    std::string before, moves_in, moves_out, after;
+  /// A statement of inline assembly in the making.
+  struct Assembly {
+    std::string declarations, moves_in, moves_out;
     std::vector<std::string> outputs, inputs;
+  };
 
-    // Operands. The first vector register has a constraint of its own; the compiler puts the rest
-    // where the kernel writes nothing, and they are moved to their registers.
+  std::string call() const {
+    Assembly assembly;
+    add_operands(assembly);
+    const std::string result = add_results(assembly);
+    if (!builtin_.pointer.empty()) add_pointer(assembly);
+    std::string kernel = "\"" + kernel_.name() + "\"";
+    if (builtin_.relaxed_tier != builtin_.tier) kernel += " __zorp_relaxed";
+    return assembly.declarations + "  __asm__(\"" + assembly.moves_in + "\" __zorp_call(" + kernel +
+           ") \"" + assembly.moves_out + "\" : " + joined(assembly.outputs) + " : " +
+           joined(assembly.inputs) + " : __zorp_clobbers" +
+           (result_.is_general() ? "" : ", \"rax\"") + ");\n" +
+           (builtin_.pointer.empty() ? "" : "  *__p = __second;\n") + "  return " + result + ";\n";
+  }
+
+  /// The first vector register has a constraint of its own. The compiler puts the other operands
+  /// where the kernel writes nothing, and they are moved to their registers.
+  void add_operands(Assembly& to) const {
     int next = 0;
     for (size_t i = 0; i < builtin_.operands.size(); ++i) {
       const Shape shape{kernel_.operands()[i], width_};
@@ -137,61 +154,50 @@ class Overload {
       if (builtin_.operands[i].scalar)
         value = "(" + type_name(builtin_.operands[i].element, width_) + ")(" + value + ")";
       if (shape.is_general()) {
-        outputs.push_back("\"+D\"(" + value + ")");
+        to.outputs.push_back("\"+D\"(" + value + ")");
         continue;
       }
       for (const std::string& part : shape.parts(value)) {
-        if (next == 0) {
-          inputs.push_back("\"Yz\"(" + part + ")");
+        const int number = next++;
+        if (number > 0) {
+          const std::string name = "[i" + std::to_string(number) + "]";
+          to.inputs.push_back(name + " \"v\"(" + part + ")");
+          to.moves_in += "vmovaps %" + name + ", %%" + shape.register_name(number) + "\\n\\t";
+        } else if (result_.is_general()) {
+          // No result will stand there: the kernel may change it.
+          to.outputs.push_back("\"+Yz\"(" + part + ")");
         } else {
-          const std::string number = std::to_string(next);
-          inputs.push_back("[i" + number + "] \"v\"(" + part + ")");
-          moves_in += "vmovaps %[i" + number + "], %%" + shape.register_name(next) + "\\n\\t";
+          to.inputs.push_back("\"Yz\"(" + part + ")");
         }
-        ++next;
       }
     }
+  }
 
-    // Results.
+  /// Returns the expression of the built-in's result.
+  std::string add_results(Assembly& to) const {
     const std::string type = type_name(builtin_.result, result_.register_width());
     std::vector<std::string> parts;
-    if (result_.is_general()) {
-      // The kernel may change the operand's register, too.
-      before += "  " + type + " __r0;\n";
-      outputs.push_back("\"=a\"(__r0)");
-      outputs.push_back("\"+Yz\"(__x)");
-      inputs.erase(inputs.begin());
-      parts = {"__r0"};
-    } else {
-      for (int i = 0; i < result_.registers(); ++i) {
-        const std::string number = std::to_string(i);
-        parts.push_back("__r" + number);
-        before += "  " + type + " __r" + number + ";\n";
-        if (i == 0) {
-          outputs.push_back("\"=Yz\"(__r0)");
-        } else {
-          outputs.push_back("[o" + number + "] \"=v\"(__r" + number + ")");
-          moves_out += "\\n\\tvmovaps %%" + result_.register_name(i) + ", %[o" + number + "]";
-        }
+    for (int i = 0; i < result_.registers(); ++i) {
+      const std::string part = "__r" + std::to_string(i), name = "[o" + std::to_string(i) + "]";
+      to.declarations += "  " + type + " " + part + ";\n";
+      if (i > 0) {
+        to.outputs.push_back(name + " \"=v\"(" + part + ")");
+        to.moves_out += "\\n\\tvmovaps %%" + result_.register_name(i) + ", %" + name;
+      } else {
+        to.outputs.push_back((result_.is_general() ? "\"=a\"(" : "\"=Yz\"(") + part + ")");
       }
+      parts.push_back(part);
     }
-    if (!builtin_.pointer.empty()) {
-      const std::string pointee = type_name(builtin_.pointer, width_);
-      before += "  " + pointee + " __second;\n  __private " + pointee + " *__to = &__second;\n";
-      outputs.push_back("\"=m\"(__second)");
-      outputs.push_back("\"+D\"(__to)");
-      after = "  *__p = __second;\n";
-    }
+    return result_.whole(parts);
+  }
 
-    std::string kernel = "\"" + kernel_.name() + "\"";
-    if (builtin_.relaxed_tier != builtin_.tier) kernel += " __zorp_relaxed";
-    std::string code = "__zorp_call(" + kernel + ")";
-    if (!moves_in.empty()) code = "\"" + moves_in + "\" " + code;
-    if (!moves_out.empty()) code += " \"" + moves_out + "\"";
-    const std::string clobbers =
-        result_.is_general() ? "__zorp_clobbers" : "__zorp_clobbers, \"rax\"";
-    return before + "  __asm__(" + code + " : " + joined(outputs) + " : " + joined(inputs) + " : " +
-           clobbers + ");\n" + after + "  return " + result_.whole(parts) + ";\n";
+  /// The kernel writes to a variable, whatever the pointer points to.
+  void add_pointer(Assembly& to) const {
+    const std::string pointee = type_name(builtin_.pointer, width_);
+    to.declarations +=
+        "  " + pointee + " __second;\n  __private " + pointee + " *__to = &__second;\n";
+    to.outputs.push_back("\"=m\"(__second)");
+    to.outputs.push_back("\"+D\"(__to)");
   }
 
   const Builtin& builtin_;
