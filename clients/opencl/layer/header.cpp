@@ -49,17 +49,15 @@ struct Shape {
 
   bool is_general() const { return width == 1 && is_integer(lane); }
   int registers() const { return grammar::registers(lane, width); }
-  /// Lanes of the value in one register, as the compiler is told of it: width 3 and less than 128
-  /// bits are filled up.
+  /// Lanes in one register, as the compiler is told of it: never less than 128 bits.
   int register_width() const {
-    if (width == 1) return 1;
     return std::max(grammar::lanes_in_memory(width) / registers(), 16 / grammar::lane_bytes(lane));
   }
   std::string register_name(int number) const {
     const int bytes = register_width() * grammar::lane_bytes(lane);
     return (bytes == 64 ? "zmm" : bytes == 32 ? "ymm" : "xmm") + std::to_string(number);
   }
-  /// The values of the registers, lower half first.
+  /// The registers' values, lower half first. `vector` may be a scalar that stands for all lanes.
   std::vector<std::string> parts(const std::string& vector) const {
     if (registers() == 2)
       return {shuffled(vector, vector, lane_numbers(0, width / 2)),
@@ -71,6 +69,8 @@ struct Shape {
   }
   /// The vector again.
   std::string whole(const std::vector<std::string>& parts) const {
+    if (is_general()) return parts[0];
+    if (width == 1) return parts[0] + "[0]";
     if (registers() == 1 && register_width() == width) return parts[0];
     return shuffled(parts[0], parts.back(), lane_numbers(0, width));
   }
@@ -137,8 +137,8 @@ class Overload {
     if (!builtin_.pointer.empty()) add_pointer(assembly);
     std::string kernel = "\"" + kernel_.name() + "\"";
     if (builtin_.relaxed_tier != builtin_.tier) kernel += " __zorp_relaxed";
-    return assembly.declarations + "  __asm__(\"" + assembly.moves_in + "\" __zorp_call(" + kernel +
-           ") \"" + assembly.moves_out + "\" : " + joined(assembly.outputs) + " : " +
+    return assembly.declarations + "  __asm__(" + assembly.moves_in + "__zorp_call(" + kernel +
+           ")" + assembly.moves_out + " : " + joined(assembly.outputs) + " : " +
            joined(assembly.inputs) + " : __zorp_clobbers" +
            (result_.is_general() ? "" : ", \"rax\"") + ");\n" +
            (builtin_.pointer.empty() ? "" : "  *__p = __second;\n") + "  return " + result + ";\n";
@@ -150,45 +150,53 @@ class Overload {
     int next = 0;
     for (size_t i = 0; i < builtin_.operands.size(); ++i) {
       const Shape shape{kernel_.operands()[i], width_};
+      const Operand& operand = builtin_.operands[i];
       std::string value = operand_name(i);
-      if (builtin_.operands[i].scalar)
-        value = "(" + type_name(builtin_.operands[i].element, width_) + ")(" + value + ")";
       if (shape.is_general()) {
         to.outputs.push_back("\"+D\"(" + value + ")");
         continue;
       }
+      const int held = shape.register_width();
+      if (operand.scalar || width_ == 1)
+        value = "(" + type_name(operand.element, std::max(width_, held)) + ")(" + value + ")";
       for (const std::string& part : shape.parts(value)) {
-        const int number = next++;
-        if (number > 0) {
-          const std::string name = "[i" + std::to_string(number) + "]";
-          to.inputs.push_back(name + " \"v\"(" + part + ")");
-          to.moves_in += "vmovaps %" + name + ", %%" + shape.register_name(number) + "\\n\\t";
-        } else if (result_.is_general()) {
-          // No result will stand there: the kernel may change it.
-          to.outputs.push_back("\"+Yz\"(" + part + ")");
-        } else {
-          to.inputs.push_back("\"Yz\"(" + part + ")");
-        }
+        const std::string number = std::to_string(next), variable = "__i" + number;
+        to.declarations +=
+            "  " + type_name(operand.element, held) + " " + variable + " = " + part + ";\n";
+        to.inputs.push_back("[i" + number + "] __zorp_" + (next == 0 ? "first" : "next") + "(" +
+                            variable + ")");
+        to.moves_in += next == 0 ? "__zorp_load_first(\"" + shape.register_name(0) + "\") "
+                                 : "\"vmovups %[i" + number + "], %%" + shape.register_name(next) +
+                                       "\\n\\t\" ";
+        ++next;
       }
     }
   }
 
   /// Returns the expression of the built-in's result.
   std::string add_results(Assembly& to) const {
-    const std::string type = type_name(builtin_.result, result_.register_width());
-    std::vector<std::string> parts;
-    for (int i = 0; i < result_.registers(); ++i) {
-      const std::string part = "__r" + std::to_string(i), name = "[o" + std::to_string(i) + "]";
-      to.declarations += "  " + type + " " + part + ";\n";
-      if (i > 0) {
-        to.outputs.push_back(name + " \"=v\"(" + part + ")");
-        to.moves_out += "\\n\\tvmovaps %%" + result_.register_name(i) + ", %" + name;
-      } else {
-        to.outputs.push_back((result_.is_general() ? "\"=a\"(" : "\"=Yz\"(") + part + ")");
-      }
-      parts.push_back(part);
+    if (result_.is_general()) {
+      // The kernel may change the register of its operand.
+      const Shape operand{kernel_.operands()[0], width_};
+      add_first_result(to, type_name(builtin_.operands[0].element, operand.register_width()),
+                       operand.register_name(0));
+      to.declarations += "  " + builtin_.result + " __r;\n";
+      to.outputs.push_back("\"=a\"(__r)");
+      return "__r";
     }
-    return result_.whole(parts);
+    const std::string type = type_name(builtin_.result, result_.register_width());
+    add_first_result(to, type, result_.register_name(0));
+    if (result_.registers() == 1) return result_.whole({"__r0"});
+    to.declarations += "  " + type + " __r1;\n";
+    to.outputs.push_back("[o1] __zorp_next_result(__r1)");
+    to.moves_out += " \"\\n\\tvmovups %%" + result_.register_name(1) + ", %[o1]\"";
+    return result_.whole({"__r0", "__r1"});
+  }
+
+  static void add_first_result(Assembly& to, const std::string& type, const std::string& name) {
+    to.declarations += "  " + type + " __r0;\n";
+    to.outputs.push_back("[o0] __zorp_first_result(__r0)");
+    to.moves_out += " __zorp_store_first(\"" + name + "\")";
   }
 
   /// The kernel writes to a variable, whatever the pointer points to.

@@ -5,8 +5,7 @@
 
 namespace zorp::opencl {
 
-/// With all overloads, or with those that are faster than the runtime's own. It compiles to
-/// nothing for a target without AVX-512.
+/// With all overloads, or with those that are faster than the runtime's own.
 std::string header_text(bool all);
 
 }  // namespace zorp::opencl

@@ -99,18 +99,20 @@ bool all_own_processor(cl_context context) {
   return true;
 }
 
-bool are_valid(cl_uint count, const char** strings) {
+/// Whether a header can stand before the program: not where an argument is wrong, which the runtime
+/// tells, nor before a byte order mark, which must come first.
+bool takes_header(cl_uint count, const char** strings, const std::size_t* lengths) {
   if (count == 0 || !strings) return false;
   for (cl_uint i = 0; i < count; ++i)
     if (!strings[i]) return false;
-  return true;
+  const std::size_t length = lengths && lengths[0] ? lengths[0] : std::strlen(strings[0]);
+  return !std::string_view(strings[0], length).starts_with("\xef\xbb\xbf");
 }
 
 CL_API_ENTRY cl_program CL_API_CALL create_program(cl_context context, cl_uint count,
                                                    const char** strings, const std::size_t* lengths,
                                                    cl_int* error) {
-  // Whatever is wrong is told by the runtime.
-  if (!are_valid(count, strings) || !all_own_processor(context))
+  if (!takes_header(count, strings, lengths) || !all_own_processor(context))
     return next_entries.clCreateProgramWithSource(context, count, strings, lengths, error);
   std::vector<const char*> with_header{header.c_str()};
   with_header.insert(with_header.end(), strings, strings + count);

@@ -75,6 +75,7 @@ const Case kCases[] = {
      "int f(int unused) { int u; return 0; }\nkernel void k(global double *x) { x[0] = __LINE__; "
      "}\n"},
     {"WarningsAsErrors", "kernel void k(global double *x) { x[0] = __LINE__; }\n", "-Werror"},
+    {"ByteOrderMark", "\xef\xbb\xbfkernel void k(global double *x) { x[0] = __LINE__; }\n"},
     {"OwnFileNames",
      "#line 70 \"mine.cl\"\nkernel void k(global double *x) { x[0] = y; }\n#error stop\n", "",
      false},

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,25 +28,40 @@ constexpr std::size_t kBuiltinsInProgram = 12;
 // What the second result may point to; each is a function of its own.
 const std::vector<std::string> kSpaces = {"private", "local", "global"};
 
+/// How a program is compiled; the last as for a processor that the runtime doesn't know.
+enum class Mode { standard, relaxed, through_memory };
+constexpr const char* kOptions[] = {"", "-cl-fast-relaxed-math", "-D__zorp_through_memory"};
+
 /// Built-ins that share a program.
 struct Group {
   std::vector<const Builtin*> builtins;
-  bool relaxed;
+  Mode mode;
 };
 
 void PrintTo(const Group& group, std::ostream* out) {
   *out << group.builtins.front()->name(1) << " to " << group.builtins.back()->name(1);
-  if (group.relaxed) *out << ", relaxed";
+  *out << " " << kOptions[int(group.mode)];
+}
+
+/// What a built-in takes and returns.
+std::string shape(const Builtin& builtin) {
+  std::string text = builtin.result + " " + builtin.pointer;
+  for (const Operand& operand : builtin.operands)
+    text += " " + operand.element + (operand.scalar ? " scalar" : "");
+  return text;
 }
 
 std::vector<Group> groups() {
   std::vector<Group> all;
-  for (bool relaxed : {false, true}) {
-    all.push_back({{}, relaxed});
+  for (Mode mode : {Mode::standard, Mode::relaxed, Mode::through_memory}) {
+    all.push_back({{}, mode});
+    std::set<std::string> shapes;
     for (const Builtin& builtin : builtins()) {
       if (builtin.element == grammar::Element::f16) continue;  // unknown to the runtime
-      if (relaxed && builtin.relaxed_tier == builtin.tier) continue;
-      if (all.back().builtins.size() == kBuiltinsInProgram) all.push_back({{}, relaxed});
+      if (mode == Mode::relaxed && builtin.relaxed_tier == builtin.tier) continue;
+      // One of each shape tells whether operands and results find their places.
+      if (mode == Mode::through_memory && !shapes.insert(shape(builtin)).second) continue;
+      if (all.back().builtins.size() == kBuiltinsInProgram) all.push_back({{}, mode});
       all.back().builtins.push_back(&builtin);
     }
   }
@@ -180,11 +196,10 @@ TEST_P(OpenclLayerValues, AreTheKernels) {
   std::string source;
   for (std::size_t i = 0; i < group.builtins.size(); ++i)
     source += kernel_source(*group.builtins[i], "k" + std::to_string(i));
-  const Program program(runtime(), runtime().with_layer(), source,
-                        group.relaxed ? "-cl-fast-relaxed-math" : "");
+  const Program program(runtime(), runtime().with_layer(), source, kOptions[int(group.mode)]);
   ASSERT_EQ(program.status(), CL_SUCCESS) << program.log();
   for (std::size_t i = 0; i < group.builtins.size(); ++i)
-    compare(*group.builtins[i], program, "k" + std::to_string(i), group.relaxed);
+    compare(*group.builtins[i], program, "k" + std::to_string(i), group.mode == Mode::relaxed);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, OpenclLayerValues, testing::ValuesIn(groups()),
