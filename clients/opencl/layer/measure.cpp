@@ -23,7 +23,7 @@ namespace {
 constexpr int kElements = 4096;
 constexpr int kLaunches = 15;
 constexpr double kLeastSeconds = 4e-4;  // of a launch
-// The runtime takes half a second for a program, whatever is in it.
+// The runtime takes a tenth of a second for a program, whatever is in it.
 constexpr std::size_t kBuiltinsInProgram = 10;
 
 std::string kernel_name(std::size_t builtin, int width) {

@@ -22,7 +22,7 @@ using test::Bits;
 using test::Tuple;
 
 constexpr int kLanes = 960;  // a multiple of all widths
-// The runtime takes half a second for a program, whatever is in it.
+// The runtime takes a tenth of a second for a program, whatever is in it.
 constexpr std::size_t kBuiltinsInProgram = 12;
 
 // What the second result may point to; each is a function of its own.
