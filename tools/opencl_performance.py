@@ -97,8 +97,8 @@ def table(times, by_kernel, is_conversion):
     faster = [ratio for ratio in ratios if ratio != 1]
     lines = [
         f"{len(ratios)} entries, {len(faster)} by kernels, the slowest of them {min(faster):.2f} "
-        f"times as fast; geometric mean of all {geometric_mean(ratios):.2f} times as fast, of those "
-        f"by kernels {geometric_mean(faster):.2f}.",
+        f"times as fast; geometric mean of all {geometric_mean(ratios):.2f} times as fast, of "
+        f"those by kernels {geometric_mean(faster):.2f}.",
         "",
         "| built-in | " + " | ".join(names) + " |",
         "|" + " :-- |" + " --: |" * len(columns),

@@ -166,6 +166,14 @@ const Case kCases[] = {
      "  if (i % 3) y[i] = floor(x[i]); else y[i] = ceil(x[i]);\n"
      "  barrier(CLK_LOCAL_MEM_FENCE);\n  double w;\n"
      "  for (int j = 0; j < (int)i; ++j) x[i] += fmax(y[15 - j], modf(y[j] + 0.25, &w)) + w;\n}\n"},
+    // More than there are registers, so that all are in use that a kernel may change.
+    {"ValuesAliveAcrossCalls",
+     "kernel void k(global double *x) {\n  if (get_global_id(0)) return;\n"
+     "  double8 a[32]; int n[32];\n  __attribute__((opencl_unroll_hint(32)))\n"
+     "  for (int i = 0; i < 32; ++i) {\n"
+     "    a[i] = fmod(vload8(0, x) * (i + 1), 1.7);\n    n[i] = ilogb(x[i % 16] * (i + 1));\n  }\n"
+     "  double8 sum = 0;\n  __attribute__((opencl_unroll_hint(32)))\n"
+     "  for (int i = 0; i < 32; ++i) sum += a[i] * (n[i] + i);\n  vstore8(sum, 0, x);\n}\n"},
 };
 
 void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
