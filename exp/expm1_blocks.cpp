@@ -16,7 +16,7 @@ const Expm1DoubleBlock __zorp_dexpm1_data_avx512 = {
     .ln2lo = 0x3C7ABC9E3B39803F,
     .nmin = 0xC060000000000000,  // -128.0
     .rmask = 0xBFFFFFFFFFFFFFFF,
-    // (e^r - 1 - r) / r^2 on [-ln 2 / 32, ln 2 / 32]
+    // e^r - 1 = r + c2 r^2 + ... + c8 r^8 on |r| <= ln 2 / 32: relative error 2^-60.7
     .c8 = 0x3EFA01F8F4BE0BB2,
     .c7 = 0x3F2A01F8F4B129C3,
     .c6 = 0x3F56C16C16304601,
@@ -36,7 +36,7 @@ const Expm1DoubleShortBlock __zorp_dexpm1_native_data_avx512 = {
     .sign = 0x8000000000000000,
     .ln2 = 0x3FE62E42FEFA39EF,
     .rmask = 0xBFFFFFFFFFFFFFFF,
-    // (e^r - 1 - r) / r^2 on [-ln 2 / 32, ln 2 / 32]
+    // e^r - 1 = r + c2 r^2 + ... + c5 r^5 on |r| <= ln 2 / 32: relative error 2^-36.1
     .c5 = 0x3F811168888FAD60,
     .c4 = 0x3FA555C2AABA6423,
     .c3 = 0x3FC55555541D276C,
@@ -55,7 +55,7 @@ const Expm1FloatBlock __zorp_sexpm1_data_avx512 = {
     .ln2lo = 0xB102E308,
     .nmin = 0xC2800000,  // -64.0
     .rmask = 0xBFFFFFFF,
-    // (e^r - 1 - r) / r^2 on [-ln 2 / 32, ln 2 / 32]
+    // e^r - 1 = r + c2 r^2 + ... + c4 r^4 on |r| <= ln 2 / 32: relative error 2^-27.4
     .c4 = 0x3D2AAEC4,
     .c3 = 0x3E2AAEC4,
     .c2 = 0x3F000000,
@@ -71,7 +71,7 @@ const Expm1FloatShortBlock __zorp_sexpm1_native_data_avx512 = {
     .sign = 0x80000000,
     .ln2 = 0x3F317218,
     .rmask = 0xBFFFFFFF,
-    // (e^r - 1 - r) / r^2 on [-ln 2 / 64, ln 2 / 64]
+    // e^r - 1 = r + c2 r^2 on |r| <= ln 2 / 64: relative error 2^-15.6
     .c2 = 0x3F000148,
     .one = 0x3F800000,
 };
@@ -79,7 +79,7 @@ const Expm1FloatShortBlock __zorp_sexpm1_native_data_avx512 = {
 const Expm1HalfBlock __zorp_hexpm1_data = {
     .log2e = 0x3FB8AA3B,
     .nln2 = 0xBF317218,  // -ln 2
-    // (e^r - 1) / r on [-ln 2 / 2, ln 2 / 2]
+    // e^r - 1 = c1 r + ... + c4 r^4 on |r| <= ln 2 / 2: relative error 2^-15.7
     .c4 = 0x3D2BB1BE,
     .c3 = 0x3E2BB1C1,
     .c2 = 0x3EFFFEAF,
