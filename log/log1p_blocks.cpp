@@ -20,6 +20,7 @@ const Log1pDoubleBlock __zorp_dlog1p_data_avx512 = {
     .c4 = 0xBFD00000000C05BD,
     .c3 = 0x3FD5555555555466,
     .c2 = 0xBFDFFFFFFFFFFFC6,
+    // ln 2 = ln2hi + ln2lo: relative error 2^-77.5
     .ln2hi = 0x3FE62E42FEFA0000,
     .ln2lo = 0x3D7CF79ABC9E0000,  // cut short, so that exponent times this is exact
 };
@@ -46,6 +47,7 @@ const Log1pFloatBlock __zorp_slog1p_data_avx512 = {
     .c4 = 0xBE800810,
     .c3 = 0x3EAAB11E,
     .c2 = 0xBF000000,
+    // ln 2 = ln2hi + ln2lo: relative error 2^-43.5
     .ln2hi = 0x3F317200,
     .ln2lo = 0x35BFBE8E,
 };

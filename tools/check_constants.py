@@ -2,7 +2,8 @@
 """Measures how well the constants do what the comments beside them say.
 
     check_constants.py            writes the measured errors into the comments
-    check_constants.py --check    compares them, and asks for a comment on every coefficient
+    check_constants.py --check    compares them, asks for a comment on every coefficient, and checks
+                                  rows like pi and log2e to be rounded to nearest
 
 Such a comment is an equation between a function and what the rows of its block make of it:
 
@@ -22,7 +23,7 @@ from pathlib import Path
 
 from mpmath import mp, mpf
 
-mp.prec = 140
+mp.prec = 200
 ROOT = Path(__file__).resolve().parent.parent
 FOLDERS = "exp log trig invtrig pow arith special exact".split()
 NAMES = {
@@ -296,6 +297,26 @@ def coefficients_without_comment(path, text, statements):
             yield f"{path}: no comment says what {', '.join(nameless)} are for: {start[0]}"
 
 
+# Rows of these names hold the number rounded, but for its sign and a power of two.
+NUMBERS = {
+    **dict.fromkeys(("ln2", "nln2"), mp.ln2),
+    "log2e": 1 / mp.ln2,
+    "lg2": mp.log10(2),
+    "log210": 1 / mp.log10(2),
+    **dict.fromkeys(("pi", "pi_half"), mp.pi),
+    **dict.fromkeys(("inv_pi", "inv_pi32", "large_inv_pi", "two_over_pi", "inv_step"), 1 / mp.pi),
+}
+
+
+def badly_rounded(path, text):
+    for name, digits in re.findall(r"\.(\w+) = " + PATTERN, text):
+        if name in NUMBERS:
+            with mp.workprec(FORMATS[len(digits)][0] + 1):
+                rounded = mp.frexp(+NUMBERS[name])[0]
+            if abs(mp.frexp(decoded(digits))[0]) != rounded:
+                yield f"{path}: {name} is not rounded to nearest"
+
+
 def main():
     check = sys.argv[1:] == ["--check"]
     complaints, count = [], 0
@@ -305,6 +326,7 @@ def main():
         count += len(statements)
         if file.name.endswith("_blocks.cpp"):
             complaints += coefficients_without_comment(path, text, statements)
+            complaints += badly_rounded(path, text)
         for statement in reversed(statements):
             match, measured = statement.match, statement.measured()
             if measured != match["stated"]:
