@@ -12,7 +12,7 @@ Such a comment is an equation between a function and what the rows of its block 
     // pi = pi1 + pi2 + pi3: relative error 2^-160.3
 
 A comment before a block speaks of that block. A name that is no row is the argument; "..." stands
-for the powers between two terms; parts of a formula may be named: "with u = z r, w = r^2". The error
+for the terms or factors between two; parts of a formula may be named: "with u = z r, w = r^2". The error
 is the largest on the range, or on all ranges that "and" joins, of the stored constants in exact
 arithmetic: rounding errors of the evaluation come on top.
 """
@@ -40,11 +40,20 @@ NAMES = {
 
 # ---- Formulas ----------------------------------------------------------------------------------
 
-TERM = r"(?P<n{0}>[a-z_]+(?:\d(?=\[))?)(?P<i{0}>\d+|\[\d+\])(?: (?P<v{0}>[a-z])(?:\^(?P<e{0}>\d+))?)?"
+TERM = r"(?P<n{0}>\w+(?=\[)|[a-z_]+)(?P<i{0}>\d+|\[\d+\])(?: (?P<v{0}>[a-z])(?:\^(?P<e{0}>\d+))?)?"
 
 
 def expanded(text):
-    """c1 r + ... + c3 r^3 as c1 r + c2 r^2 + c3 r^3."""
+    """c1 r + ... + c3 r^3 as c1 r + c2 r^2 + c3 r^3, (x + a[0]) ... (x + a[2]) likewise."""
+
+    def factors(match):
+        numbers = [list(map(int, re.findall(r"\d+", factor))) for factor in match.groups()]
+        steps = max(b - a for a, b in zip(*numbers))
+        result = ""
+        for k in range(steps + 1):
+            at_k = iter(a + k * (b - a) // steps for a, b in zip(*numbers))
+            result += re.sub(r"\d+", lambda _: str(next(at_k)), match[1])
+        return result
 
     def terms(match):
         ends = [
@@ -60,6 +69,7 @@ def expanded(text):
             for k in range(steps + 1)
         )
 
+    text = re.sub(r"(\([^()]*\)) \.\.\. (\([^()]*\))", factors, text)
     return re.sub(TERM.format(0) + r" \+ \.\.\. \+ " + TERM.format(1), terms, text)
 
 
@@ -69,7 +79,7 @@ class Formula:
 
     def __init__(self, text):
         self.text = text
-        self.tokens = re.findall(r"\d+\.\d+|\d+|[A-Za-z]\w*|\S", expanded(text))
+        self.tokens = re.findall(r"\d+\.\d+|\d+|[A-Za-z_]\w*|\S", expanded(text))
         self.names = set()
         self.code = self.sum()
         if self.tokens:
@@ -120,7 +130,7 @@ class Formula:
             return self.bracketed(")")
         if token[0].isdigit():
             return f"mpf('{token}')"
-        if not token[0].isalpha():
+        if not token.isidentifier():
             self.fail()
         self.names.add(token)
         if self.next() == "[":
@@ -133,9 +143,8 @@ class Formula:
 
 FORMATS = {4: (10, 5), 8: (23, 8), 16: (52, 11)}  # digits: fraction bits, exponent bits
 PATTERN = r"0x([0-9A-F]{20}|[0-9A-F]{16}|[0-9A-F]{8}|[0-9A-F]{4})(?:_ext)?\b"
-ROW = re.compile(
-    r"(\w+)(?:\[\w*\])?(?: =)? (?:from_bits|number)?\(?(?:uint\d+_t)?[{\s]*((?:" + PATTERN + r",?\s*)+)"
-)
+ROW = re.compile(r"(\w+) = (?:from_bits|number)?\(?(?:uint\d+_t\{)?" + PATTERN)
+ARRAY = re.compile(r"(\w+)(?:\[\w*\])* = (\{[^;=]*\})")
 COEFFICIENT = re.compile(r"(root_)?[a-z]\d+(lo)?")  # a row's name
 COMMENT = re.compile(
     r"^ *// (?P<equation>[^\n]+? = [^\n]+?(?:\n *// [^\n]+?)*?): (?P<relative>relative )?error"
@@ -159,11 +168,12 @@ def decoded(digits):
 
 
 def rows_of(block):
-    """Rows and arrays by name."""
-    rows = {}
-    for match in ROW.finditer(re.sub(r" *//.*", "", block)):
-        values = [decoded(digits) for digits in re.findall(PATTERN, match[2])]
-        rows[match[1]] = values if len(values) > 1 else values[0]
+    """Rows by name, and arrays: the elements of all their braces one after the other."""
+    block = re.sub(r" *//.*", "", block)
+    rows = {name: decoded(digits) for name, digits in ROW.findall(block)}
+    for name, elements in ARRAY.findall(block):
+        if patterns := re.findall(PATTERN, elements):
+            rows[name] = [decoded(digits) for digits in patterns]
     return rows
 
 
@@ -179,7 +189,7 @@ def block_at(text, at):
 
 
 AXIS = re.compile(
-    r"\|(?P<name>\w+)\| <= (?P<size>[^,]+)|(?:(?P<of>\w+) in )?\[(?P<low>[^,]+), (?P<high>[^\]]+)\]"
+    r"\|(?P<name>\w+)\| <= (?P<size>[^,]+)|(?:(?P<of>\w+) in )?\[(?P<low>[^,]+), (?P<high>(?:[^\[\]]|\[.*?\])+)\]"
 )
 
 
