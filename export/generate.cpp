@@ -12,6 +12,7 @@
 //   generate header-checks ELEMENT GROUP...   the calls of the header's test
 //   generate summary GROUP...                 how many of all names the groups cover
 //   generate signatures                       a table of all kernels, tabs between columns
+//   generate descriptions                     a table of all families in words, likewise
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -19,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "export/descriptions.h"
 #include "export/grammar.h"
 #include "export/header.h"
 
@@ -261,15 +263,26 @@ void print_signatures() {
   constexpr const char* elements[] = {"double", "float", "half"};
   constexpr const char* tiers[] = {"standard", "native", "half", "rm"};
   constexpr const char* classes[] = {"V", "S", "C", "SC", "A"};
-  std::printf("symbol\tfamily\telement\twidth\ttier\truns\tclass\toperands\tresults\tpointer\n");
+  std::printf(
+      "symbol\tfamily\telement\twidth\ttier\truns\tclass\toperands\tresults\tpointer\t"
+      "prototype\n");
   for (const Kernel& kernel : kernels())
-    std::printf("%s\t%s\t%s\t%d\t%s\t%s\t%s\t%s\t%s\t%s\n", kernel.symbol().c_str(),
-                kernel.family->name.c_str(), elements[int(kernel.element)], kernel.width,
-                tiers[int(kernel.tier)], tiers[int(kernel.algorithm_tier())],
-                classes[int(kernel.special_lanes())],
-                joined(kernel.operands(), ",", lane_type).c_str(),
-                joined(kernel.results(), ",", lane_type).c_str(),
-                kernel.pointer() ? lane_type(*kernel.pointer()).c_str() : "-");
+    std::printf(
+        "%s\t%s\t%s\t%d\t%s\t%s\t%s\t%s\t%s\t%s\t%s\n", kernel.symbol().c_str(),
+        kernel.family->name.c_str(), elements[int(kernel.element)], kernel.width,
+        tiers[int(kernel.tier)], tiers[int(kernel.algorithm_tier())],
+        classes[int(kernel.special_lanes())], joined(kernel.operands(), ",", lane_type).c_str(),
+        joined(kernel.results(), ",", lane_type).c_str(),
+        kernel.pointer() ? lane_type(*kernel.pointer()).c_str() : "-", prototype(kernel).c_str());
+}
+
+void print_descriptions() {
+  std::printf("family\tgroup\tvalue\tspecial\tmethod\n");
+  for (const Family& family : families()) {
+    const Description text = description(family);
+    std::printf("%s\t%s\t%s\t%s\t%s\n", family.name.c_str(), family.group.c_str(),
+                text.value.c_str(), text.special.c_str(), text.method.c_str());
+  }
 }
 
 int run(const std::vector<std::string>& arguments) {
@@ -296,11 +309,13 @@ int run(const std::vector<std::string>& arguments) {
     std::printf("exports: %zu of %zu\n", kernels_of(rest(1)).size(), kernels().size());
   } else if (what == "signatures") {
     print_signatures();
+  } else if (what == "descriptions") {
+    print_descriptions();
   } else {
     std::fprintf(
         stderr,
         "usage: generate kernels|portable|version-script|names|header|header-checks|summary|"
-        "signatures ...\n");
+        "signatures|descriptions ...\n");
     return 2;
   }
   return 0;

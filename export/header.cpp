@@ -296,6 +296,8 @@ void print_comment(const Family& family, const Accuracy& accuracy) {
 
 }  // namespace
 
+std::string prototype(const Kernel& kernel) { return Function(kernel).prototype(); }
+
 void print_header(const std::string& accuracy_table, const std::vector<std::string>& groups) {
   const Accuracy accuracy = read_accuracy(accuracy_table);
   std::printf(

@@ -4,7 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "export/grammar.h"
+
 namespace zorp::grammar {
+
+/// The kernel as a C function of the public header, without the closing semicolon.
+std::string prototype(const Kernel& kernel);
 
 /// Prints include/zorp_z1_kernels.h for these families. `accuracy_table` is the file of measured
 /// errors; families that have no row there go without.

@@ -16,14 +16,14 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <functional>
 #include <map>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "frame/half_emulated.h"
+#include "tests/support/half_model.h"
 
 struct MachineRegisters {
   uint8_t vector[32][64];
@@ -48,14 +48,11 @@ alignas(64) uint8_t fp16trap_memory[4096];
 
 namespace {
 
-namespace emulated = zorp::emulated;
-using zorp::rd;
-using zorp::rn;
+namespace model = zorp::test::half_model;
+using model::Lane;
 using zorp::Rounding;
-using zorp::ru;
 using zorp::rz;
 
-constexpr Rounding current = Rounding::current;
 constexpr uint32_t default_mxcsr = 0x1f80;
 
 // ---- The model: text of an instruction
@@ -179,227 +176,118 @@ uint8_t* address_of(const std::string& text, const MachineRegisters& m) {
   return reinterpret_cast<uint8_t*>(sum);
 }
 
-// ---- The model: what a lane computes
-
-/// A lane of each operand. The modes of rounding come from MXCSR, which the caller sets.
-struct Lane {
-  uint64_t old, first, second;
-  int immediate;
-  int index;
-};
-
-using Compute = std::function<uint64_t(const Lane&)>;
-
-__m256i vector_of(uint64_t half) { return _mm256_set1_epi16(static_cast<short>(half)); }
-uint16_t half_of(__m256i v) { return static_cast<uint16_t>(_mm256_extract_epi16(v, 0)); }
-uint64_t low32(__m512i v) { return static_cast<uint32_t>(_mm512_cvtsi512_si32(v)); }
-uint64_t low64(__m512i v) {
-  return static_cast<uint64_t>(_mm_cvtsi128_si64(_mm512_castsi512_si128(v)));
-}
-
-template <auto operation>
-uint64_t binary(const Lane& l) {
-  return half_of(operation(vector_of(l.first), vector_of(l.second)));
-}
-template <auto operation>
-uint64_t unary(const Lane& l) {
-  return half_of(operation(vector_of(l.second)));
-}
-
-using Ternary = __m256i (*)(__m256i, __m256i, __m256i);
-
-uint16_t apply(Ternary f, uint64_t a, uint64_t b, uint64_t c) {
-  return half_of(f(vector_of(a), vector_of(b), vector_of(c)));
-}
-
-/// Calls f<imm>() for the immediates that occur in the test's instructions.
-template <int... known, class Function>
-uint64_t with_immediate(int immediate, Function f) {
-  uint64_t result = 0;
-  if (!((immediate == known ? (result = f.template operator()<known>(), true) : false) || ...)) {
-    throw std::runtime_error("immediate without a model");
-  }
-  return result;
-}
-
-uint64_t round_scale(const Lane& l) {
-  return with_immediate<0x10, 0x01, 0x32, 0x54, 0xa3>(l.immediate, [&]<int imm>() {
-    return half_of(emulated::round_scale<imm>(vector_of(l.second)));
-  });
-}
-uint64_t reduce(const Lane& l) {
-  return with_immediate<0x24, 0x01, 0x32, 0x54, 0xa3>(
-      l.immediate, [&]<int imm>() { return half_of(emulated::reduce<imm>(vector_of(l.second))); });
-}
-uint64_t significand(const Lane& l) {
-  return with_immediate<0x06, 0x00, 0x05, 0x0b>(l.immediate, [&]<int imm>() {
-    return half_of(emulated::significand<imm>(vector_of(l.second)));
-  });
-}
-uint64_t compare(const Lane& l) {
-  return with_immediate<0x00, 0x05, 0x0e, 0x13, 0x1c>(l.immediate, [&]<int imm>() -> uint64_t {
-    return emulated::compare<imm>(vector_of(l.first), vector_of(l.second)) & 1;
-  });
-}
-uint64_t classify(const Lane& l) {
-  return with_immediate<0x01, 0x5a, 0x99, 0xe6>(l.immediate, [&]<int imm>() -> uint64_t {
-    return emulated::classify<imm>(vector_of(l.second)) & 1;
-  });
-}
-
-/// (a + bi)(c + di) with its roundings in the order of the instruction; with `conjugate`
-/// (a + bi)(c - di). `add` adds the destination's former value.
-template <bool add, bool conjugate>
-uint64_t complex(const Lane& l) {
-  const uint64_t a = l.first & 0xffff, b = l.first >> 16, c = l.second & 0xffff, d = l.second >> 16;
-  const Ternary fma = emulated::fma<current>, fnma = emulated::fnma<current>;
-  uint64_t real, imaginary;
-  if (add) {
-    real = apply(fma, a, c, l.old & 0xffff);
-    imaginary = apply(fma, b, c, l.old >> 16);
-  } else {
-    real = half_of(emulated::mul<current>(vector_of(a), vector_of(c)));
-    imaginary = half_of(emulated::mul<current>(vector_of(b), vector_of(c)));
-  }
-  real = apply(conjugate ? fma : fnma, b, d, real);
-  imaginary = apply(conjugate ? fnma : fma, a, d, imaginary);
-  return imaginary << 16 | real;
-}
-
-/// The order in which an instruction's digits name factors and addend.
-Compute fused(int digits, Ternary even, Ternary odd) {
-  return [=](const Lane& l) -> uint64_t {
-    const std::array operands = {l.old, l.first, l.second};
-    const auto operand = [&](int digit) { return operands[digit - 1]; };
-    // Of two NaN factors the one that the encoding names first passes: for 213 the middle operand.
-    return apply(l.index % 2 ? odd : even, operand(digits / 100), operand(digits / 10 % 10),
-                 operand(digits % 10));
-  };
-}
+// ---- The model: what an instruction computes
 
 enum class Shape { packed, scalar, packed_test, scalar_test };
 
+/// `operands` names, by digits, which of destination (1), first (2) and second source (3) the
+/// operation takes in turn; odd lanes may have an operation of their own.
 struct Semantics {
   Shape shape;
   int source_bytes, result_bytes;
-  Compute compute;
+  std::string operands;
+  model::Operation even, odd;
 };
 
-/// Adds an operation's packed and scalar instruction.
-void add_both(std::map<std::string, Semantics>& model, const std::string& name, int bytes,
-              const Compute& compute) {
-  model[name + "ph"] = {Shape::packed, bytes, bytes, compute};
-  model[name + "sh"] = {Shape::scalar, bytes, bytes, compute};
-}
-
-/// Adds to-integer conversions of 16, 32, 64 bits: rounding and truncating.
-template <Rounding mode>
-void add_to_integers(std::map<std::string, Semantics>& model, const std::string& prefix) {
-  const auto packed = [&](const char* name, int bytes, Compute compute) {
-    model[prefix + name] = {Shape::packed, 2, bytes, std::move(compute)};
+/// (a + bi)(c + di) with its roundings in the order of the instruction; with `conjugate`
+/// (a + bi)(c - di). `adds` adds the destination's former value.
+template <bool adds, bool conjugate>
+uint64_t complex(const Lane& l) {
+  const uint64_t a = l.a & 0xffff, b = l.a >> 16, c = l.b & 0xffff, d = l.b >> 16;
+  const auto apply = [&l](model::Operation f, uint64_t x, uint64_t y, uint64_t z) {
+    return f({x, y, z, l.mode});
   };
-  packed("w", 2, unary<emulated::to_int16<mode>>);
-  packed("uw", 2, unary<emulated::to_uint16<mode>>);
-  packed("dq", 4,
-         [](const Lane& l) { return low32(emulated::to_int32<mode>(vector_of(l.second))); });
-  packed("udq", 4,
-         [](const Lane& l) { return low32(emulated::to_uint32<mode>(vector_of(l.second))); });
-  packed("qq", 8, [](const Lane& l) {
-    return low64(emulated::to_int64<mode>(_mm256_castsi256_si128(vector_of(l.second))));
-  });
-  packed("uqq", 8, [](const Lane& l) {
-    return low64(emulated::to_uint64<mode>(_mm256_castsi256_si128(vector_of(l.second))));
-  });
+  const uint64_t real = apply(adds ? model::fma : model::mul, a, c, l.c & 0xffff);
+  const uint64_t imaginary = apply(adds ? model::fma : model::mul, b, c, l.c >> 16);
+  return apply(conjugate ? model::fnma : model::fma, a, d, imaginary) << 16 |
+         apply(conjugate ? model::fma : model::fnma, b, d, real);
 }
 
-std::map<std::string, Semantics> make_model() {
-  std::map<std::string, Semantics> m;
-  add_both(m, "vadd", 2, binary<emulated::add<current>>);
-  add_both(m, "vsub", 2, binary<emulated::sub<current>>);
-  add_both(m, "vmul", 2, binary<emulated::mul<current>>);
-  add_both(m, "vdiv", 2, binary<emulated::div<current>>);
-  add_both(m, "vscalef", 2, binary<emulated::scale<current>>);
-  add_both(m, "vmin", 2, binary<emulated::min>);
-  add_both(m, "vmax", 2, binary<emulated::max>);
-  add_both(m, "vsqrt", 2, unary<emulated::sqrt<current>>);
-  add_both(m, "vgetexp", 2, unary<emulated::exponent>);
-  add_both(m, "vrcp", 2, unary<emulated::reciprocal>);
-  add_both(m, "vrsqrt", 2, unary<emulated::reciprocal_root>);
-  add_both(m, "vrndscale", 2, round_scale);
-  add_both(m, "vreduce", 2, reduce);
-  add_both(m, "vgetmant", 2, significand);
-  add_both(m, "vfmulc", 4, complex<false, false>);
-  add_both(m, "vfcmulc", 4, complex<false, true>);
-  add_both(m, "vfmaddc", 4, complex<true, false>);
-  add_both(m, "vfcmaddc", 4, complex<true, true>);
-  for (int digits : {132, 213, 231}) {
-    const Ternary fma = emulated::fma<current>, fms = emulated::fms<current>;
-    const Ternary fnma = emulated::fnma<current>, fnms = emulated::fnms<current>;
-    const std::string suffix = std::to_string(digits);
-    add_both(m, "vfmadd" + suffix, 2, fused(digits, fma, fma));
-    add_both(m, "vfmsub" + suffix, 2, fused(digits, fms, fms));
-    add_both(m, "vfnmadd" + suffix, 2, fused(digits, fnma, fnma));
-    add_both(m, "vfnmsub" + suffix, 2, fused(digits, fnms, fnms));
-    add_both(m, "vfmaddsub" + suffix, 2, fused(digits, fms, fma));
-    add_both(m, "vfmsubadd" + suffix, 2, fused(digits, fma, fms));
+uint64_t truncate(model::Operation f, Lane l) {
+  l.mode = rz;
+  return f(l);
+}
+
+std::map<std::string, Semantics> make_instructions() {
+  std::map<std::string, Semantics> all;
+  const auto add = [&all](const std::string& name, Shape shape, int source_bytes, int result_bytes,
+                          const std::string& operands, model::Operation even,
+                          model::Operation odd = nullptr) {
+    all[name] = {shape, source_bytes, result_bytes, operands, even, odd ? odd : even};
+  };
+  struct Row {
+    const char *name, *operands;
+    model::Operation operation;
+    int bytes = 2;
+  };
+  // Packed and scalar.
+  constexpr Row both[] = {{"vadd", "23", model::add},
+                          {"vsub", "23", model::sub},
+                          {"vmul", "23", model::mul},
+                          {"vdiv", "23", model::div},
+                          {"vscalef", "23", model::scale},
+                          {"vmin", "23", model::min},
+                          {"vmax", "23", model::max},
+                          {"vsqrt", "3", model::sqrt},
+                          {"vgetexp", "3", model::exponent},
+                          {"vrcp", "3", model::reciprocal},
+                          {"vrsqrt", "3", model::reciprocal_root},
+                          {"vrndscale", "3", model::round_scale},
+                          {"vreduce", "3", model::reduce},
+                          {"vgetmant", "3", model::significand},
+                          {"vfmulc", "231", complex<false, false>, 4},
+                          {"vfcmulc", "231", complex<false, true>, 4},
+                          {"vfmaddc", "231", complex<true, false>, 4},
+                          {"vfcmaddc", "231", complex<true, true>, 4}};
+  for (const auto& [name, operands, operation, bytes] : both) {
+    add(std::string(name) + "ph", Shape::packed, bytes, bytes, operands, operation);
+    add(std::string(name) + "sh", Shape::scalar, bytes, bytes, operands, operation);
   }
-  m["vcmpph"] = {Shape::packed_test, 2, 2, compare};
-  m["vcmpsh"] = {Shape::scalar_test, 2, 2, compare};
-  m["vfpclassph"] = {Shape::packed_test, 2, 2, classify};
-  m["vfpclasssh"] = {Shape::scalar_test, 2, 2, classify};
-
-  const Compute to_float = [](const Lane& l) {
-    return low32(_mm512_castps_si512(emulated::widen(vector_of(l.second))));
+  // The digits name factors and addend. Of two NaN factors the one that the encoding names first
+  // passes: for 213 the middle operand.
+  constexpr Row fused[] = {{"vfmadd", "", model::fma},
+                           {"vfmsub", "", model::fms},
+                           {"vfnmadd", "", model::fnma},
+                           {"vfnmsub", "", model::fnms}};
+  for (const std::string digits : {"132", "213", "231"}) {
+    for (const auto& [name, operands, operation, bytes] : fused) {
+      add(name + digits + "ph", Shape::packed, 2, 2, digits, operation);
+      add(name + digits + "sh", Shape::scalar, 2, 2, digits, operation);
+    }
+    add("vfmaddsub" + digits + "ph", Shape::packed, 2, 2, digits, model::fms, model::fma);
+    add("vfmsubadd" + digits + "ph", Shape::packed, 2, 2, digits, model::fma, model::fms);
+  }
+  add("vcmpph", Shape::packed_test, 2, 2, "23", model::compare);
+  add("vcmpsh", Shape::scalar_test, 2, 2, "23", model::compare);
+  add("vfpclassph", Shape::packed_test, 2, 2, "3", model::classify);
+  add("vfpclasssh", Shape::scalar_test, 2, 2, "3", model::classify);
+  add("vcvtph2psx", Shape::packed, 2, 4, "3", model::to_float);
+  add("vcvtph2pd", Shape::packed, 2, 8, "3", model::to_double);
+  add("vcvtps2phx", Shape::packed, 4, 2, "3", model::from_float);
+  add("vcvtpd2ph", Shape::packed, 8, 2, "3", model::from_double);
+  add("vcvtsh2ss", Shape::scalar, 2, 4, "3", model::to_float);
+  add("vcvtsh2sd", Shape::scalar, 2, 8, "3", model::to_double);
+  add("vcvtss2sh", Shape::scalar, 4, 2, "3", model::from_float);
+  add("vcvtsd2sh", Shape::scalar, 8, 2, "3", model::from_double);
+  // Integers of 16, 32, 64 bits.
+  const auto add_integer = [&add]<class I>(const std::string& name, I) {
+    constexpr int bytes = sizeof(I);
+    add("vcvtph2" + name, Shape::packed, 2, bytes, "3", model::to_integer<I>);
+    add("vcvttph2" + name, Shape::packed, 2, bytes, "3",
+        [](const Lane& l) { return truncate(model::to_integer<I>, l); });
+    add("vcvt" + name + "2ph", Shape::packed, bytes, 2, "3", model::from_integer<I>);
   };
-  const Compute to_double = [](const Lane& l) {
-    return low64(
-        _mm512_castpd_si512(emulated::widen_double(_mm256_castsi256_si128(vector_of(l.second)))));
-  };
-  const Compute from_float = [](const Lane& l) -> uint64_t {
-    return half_of(emulated::narrow<current>(
-        _mm512_set1_ps(std::bit_cast<float>(static_cast<uint32_t>(l.second)))));
-  };
-  const Compute from_double = [](const Lane& l) -> uint64_t {
-    return static_cast<uint16_t>(_mm_extract_epi16(
-        emulated::narrow<current>(_mm512_set1_pd(std::bit_cast<double>(l.second))), 0));
-  };
-  m["vcvtph2psx"] = {Shape::packed, 2, 4, to_float};
-  m["vcvtph2pd"] = {Shape::packed, 2, 8, to_double};
-  m["vcvtps2phx"] = {Shape::packed, 4, 2, from_float};
-  m["vcvtpd2ph"] = {Shape::packed, 8, 2, from_double};
-  m["vcvtsh2ss"] = {Shape::scalar, 2, 4, to_float};
-  m["vcvtsh2sd"] = {Shape::scalar, 2, 8, to_double};
-  m["vcvtss2sh"] = {Shape::scalar, 4, 2, from_float};
-  m["vcvtsd2sh"] = {Shape::scalar, 8, 2, from_double};
-
-  add_to_integers<current>(m, "vcvtph2");
-  add_to_integers<rz>(m, "vcvttph2");
-  m["vcvtw2ph"] = {Shape::packed, 2, 2, unary<emulated::from_int16<current>>};
-  m["vcvtuw2ph"] = {Shape::packed, 2, 2, unary<emulated::from_uint16<current>>};
-  m["vcvtdq2ph"] = {Shape::packed, 4, 2, [](const Lane& l) -> uint64_t {
-                      return half_of(emulated::from_int32<current>(
-                          _mm512_set1_epi32(static_cast<int>(l.second))));
-                    }};
-  m["vcvtudq2ph"] = {Shape::packed, 4, 2, [](const Lane& l) -> uint64_t {
-                       return half_of(emulated::from_uint32<current>(
-                           _mm512_set1_epi32(static_cast<int>(l.second))));
-                     }};
-  m["vcvtqq2ph"] = {
-      Shape::packed, 8, 2, [](const Lane& l) -> uint64_t {
-        return static_cast<uint16_t>(_mm_extract_epi16(
-            emulated::from_int64<current>(_mm512_set1_epi64(static_cast<long long>(l.second))), 0));
-      }};
-  m["vcvtuqq2ph"] = {
-      Shape::packed, 8, 2, [](const Lane& l) -> uint64_t {
-        return static_cast<uint16_t>(_mm_extract_epi16(
-            emulated::from_uint64<current>(_mm512_set1_epi64(static_cast<long long>(l.second))),
-            0));
-      }};
-  return m;
+  add_integer("w", int16_t());
+  add_integer("uw", uint16_t());
+  add_integer("dq", int32_t());
+  add_integer("udq", uint32_t());
+  add_integer("qq", int64_t());
+  add_integer("uqq", uint64_t());
+  return all;
 }
 
-const std::map<std::string, Semantics>& model() {
-  static const auto instance = make_model();
+const std::map<std::string, Semantics>& instructions() {
+  static const auto instance = make_instructions();
   return instance;
 }
 
@@ -421,14 +309,13 @@ const uint8_t* bytes_of(const Operand& o, const MachineRegisters& m) {
   return m.vector[o.number];
 }
 
-/// Computes under the given rounding mode and the program's treatment of subnormals.
-uint64_t evaluate(const Compute& compute, const Lane& l, int rounding, uint32_t mxcsr) {
-  const unsigned saved = _mm_getcsr();
-  _mm_setcsr(default_mxcsr | (mxcsr & 0x40) |
-             (rounding >= 0 ? static_cast<unsigned>(rounding) << 13 : mxcsr & 0x6000));
-  const uint64_t result = compute(l);
-  _mm_setcsr(saved);
-  return result;
+/// What decides a lane's result beside its operands.
+Lane lane_under(const Parsed& p, const MachineRegisters& m) {
+  Lane l = {};
+  l.mode = Rounding(p.rounding >= 0 ? p.rounding : m.mxcsr >> 13 & 3);
+  l.flushes = m.mxcsr & 0x40;
+  if (p.operands.back().kind == Operand::immediate) l.immediate = p.operands.back().value;
+  return l;
 }
 
 /// Writes a vector register and zeroes it above `bytes`.
@@ -440,20 +327,17 @@ void write_vector(MachineRegisters& m, int number, const uint8_t* value, int byt
 
 void model_lanes(const Parsed& p, const Semantics& s, MachineRegisters& m) {
   std::vector<Operand> operands = p.operands;
-  int immediate = 0;
-  if (operands.back().kind == Operand::immediate) {
-    immediate = operands.back().value;
-    operands.pop_back();
-  }
+  if (operands.back().kind == Operand::immediate) operands.pop_back();
   const Operand& to = operands.front();
-  const Operand& second = operands.back();
+  const Operand& second_operand = operands.back();
   const bool test = s.shape == Shape::packed_test || s.shape == Shape::scalar_test;
   const bool scalar = s.shape == Shape::scalar || s.shape == Shape::scalar_test;
-  const uint8_t* const second_bytes = bytes_of(second, m);
+  const uint8_t* const second_bytes = bytes_of(second_operand, m);
   const uint8_t* const first_bytes = operands.size() > 2 ? bytes_of(operands[1], m) : nullptr;
   int count = 1;
   if (!scalar) {
-    count = second.broadcast ? second.broadcast : second.bytes / s.source_bytes;
+    count =
+        second_operand.broadcast ? second_operand.broadcast : second_operand.bytes / s.source_bytes;
     if (!test) count = std::min(count, to.bytes / s.result_bytes);
   }
   const uint64_t mask = to.write_mask ? m.mask[to.write_mask] : ~uint64_t{0};
@@ -462,17 +346,18 @@ void model_lanes(const Parsed& p, const Semantics& s, MachineRegisters& m) {
   uint64_t test_result = 0;
   for (int i = 0; i < count; ++i) {
     const bool active = mask >> i & 1;
-    Lane l = {};
-    l.second = lane(second_bytes, second.broadcast ? 0 : i, s.source_bytes);
-    if (first_bytes) l.first = lane(first_bytes, i, s.source_bytes);
-    if (!test) l.old = lane(m.vector[to.number], i, s.result_bytes);
-    l.immediate = immediate;
-    l.index = i;
-    const uint64_t value = evaluate(s.compute, l, p.rounding, m.mxcsr);
+    const uint64_t old = test ? 0 : lane(m.vector[to.number], i, s.result_bytes);
+    const uint64_t first = first_bytes ? lane(first_bytes, i, s.source_bytes) : 0;
+    const uint64_t second = lane(second_bytes, second_operand.broadcast ? 0 : i, s.source_bytes);
+    Lane l = lane_under(p, m);
+    uint64_t Lane::*place[] = {&Lane::a, &Lane::b, &Lane::c};
+    for (size_t k = 0; k < s.operands.size(); ++k)
+      l.*place[k] = std::array{old, first, second}[s.operands[k] - '1'];
+    const uint64_t value = (i % 2 ? s.odd : s.even)(l);
     if (test) {
       test_result |= uint64_t{active && value} << i;
     } else {
-      set_lane(result, i, s.result_bytes, active ? value : to.zeroing ? 0 : l.old);
+      set_lane(result, i, s.result_bytes, active ? value : to.zeroing ? 0 : old);
     }
   }
   if (test) {
@@ -486,13 +371,14 @@ void model_lanes(const Parsed& p, const Semantics& s, MachineRegisters& m) {
 }
 
 void model_order(const Parsed& p, MachineRegisters& m) {
-  const __m256i a = vector_of(lane(bytes_of(p.operands[0], m), 0, 2));
-  const __m256i b = vector_of(lane(bytes_of(p.operands[1], m), 0, 2));
-  constexpr uint64_t all = 0x8d5, unordered = 0x45, less = 0x01, equal = 0x40;
+  Lane l = {lane(bytes_of(p.operands[0], m), 0, 2), lane(bytes_of(p.operands[1], m), 0, 2)};
+  constexpr uint64_t all = 0x8d5;
   uint64_t flags = 0;
-  if (emulated::compare<_CMP_UNORD_Q>(a, b) & 1) flags = unordered;
-  if (emulated::compare<_CMP_LT_OQ>(a, b) & 1) flags = less;
-  if (emulated::compare<_CMP_EQ_OQ>(a, b) & 1) flags = equal;
+  for (const auto& [predicate, set] :
+       {std::pair(_CMP_UNORD_Q, 0x45), {_CMP_LT_OQ, 0x01}, {_CMP_EQ_OQ, 0x40}}) {
+    l.immediate = predicate;
+    if (model::compare(l)) flags = set;
+  }
   m.flags = (m.flags & ~all) | flags;
 }
 
@@ -503,20 +389,20 @@ void model_to_general(const Parsed& p, MachineRegisters& m) {
   const bool is_unsigned = p.mnemonic.ends_with("usi");
   const std::string packed = std::string(truncating ? "vcvttph2" : "vcvtph2") +
                              (is_unsigned ? "u" : "") + (wide ? "qq" : "dq");
-  Lane l = {};
-  l.second = lane(bytes_of(p.operands[1], m), 0, 2);
-  m.general[to.number] = evaluate(model().at(packed).compute, l, p.rounding, m.mxcsr);
+  Lane l = lane_under(p, m);
+  l.a = lane(bytes_of(p.operands[1], m), 0, 2);
+  m.general[to.number] = instructions().at(packed).even(l);
 }
 
 void model_from_general(const Parsed& p, MachineRegisters& m) {
   const Operand& from = p.operands[2];
   const std::string packed = std::string("vcvt") + (p.mnemonic == "vcvtusi2sh" ? "u" : "") +
                              (from.bytes == 8 ? "qq" : "dq") + "2ph";
-  Lane l = {};
-  l.second = lane(bytes_of(from, m), 0, from.bytes);
+  Lane l = lane_under(p, m);
+  l.a = lane(bytes_of(from, m), 0, from.bytes);
   uint8_t result[16];
   std::memcpy(result, bytes_of(p.operands[1], m), 16);
-  set_lane(result, 0, 2, evaluate(model().at(packed).compute, l, p.rounding, m.mxcsr));
+  set_lane(result, 0, 2, instructions().at(packed).even(l));
   write_vector(m, p.operands[0].number, result, 16);
 }
 
@@ -558,7 +444,7 @@ void model_execute(const std::string& text, MachineRegisters& m) {
   if (p.mnemonic == "vcvtsi2sh" || p.mnemonic == "vcvtusi2sh") return model_from_general(p, m);
   if (p.mnemonic.starts_with("vmovsh")) return model_vmovsh(p, m);
   if (p.mnemonic == "vmovw") return model_vmovw(p, m);
-  model_lanes(p, model().at(p.mnemonic), m);
+  model_lanes(p, instructions().at(p.mnemonic), m);
 }
 
 // ---- Running
@@ -708,8 +594,9 @@ TEST(Fp16Trap, MaskedLanesOfMemoryAreNotRead) {
   const MachineRegisters before = m;
   fp16trap_run(&m, find_code(text));
   for (int i = 0; i < 32; ++i) {
-    const Lane l = {0, lane(before.vector[29], i, 2), i < 16 ? lane(end - 32, i, 2) : 0, 0, i};
-    const uint64_t sum = evaluate(binary<emulated::add<current>>, l, -1, before.mxcsr);
+    const uint64_t addend = i < 16 ? lane(end - 32, i, 2) : 0;
+    const Rounding mode = Rounding(before.mxcsr >> 13 & 3);
+    const uint64_t sum = model::add({lane(before.vector[29], i, 2), addend, 0, mode});
     EXPECT_EQ(lane(m.vector[5], i, 2), i < 16 ? sum : 0) << i;
   }
 }

@@ -31,6 +31,8 @@ from the processor's in their last bits: rows of 300,000 operands are of that ki
 Families with one right result (`fma`, rounding to integers, taking numbers apart, selection, integer
 division, conversions) have no rows: they give that result, and the tests compare it bit for bit.
 
+![Largest errors](errors.svg)
+
 | Family | Type | Tiers | Largest error | At | Operands | Wrong NaNs, infinities, zeros |
 |---|---|---|---|---|---|---|
 )";

@@ -70,6 +70,12 @@ def signatures(generate):
     return {row["symbol"]: {**row, "width": int(row["width"])} for row in rows}
 
 
+def descriptions(generate):
+    """The families in words, by name, from the same tool."""
+    rows = csv.DictReader(_output(generate, "descriptions"), delimiter="\t")
+    return {row["family"]: row for row in rows}
+
+
 def _output(*command):
     done = subprocess.run(command, check=True, capture_output=True, text=True)
     return done.stdout.splitlines()

@@ -154,8 +154,9 @@ def vector_table(rows, limits):
     )
 
 
-def scalar_table(rows):
+def scalar_table(rows, limits):
     header = ["kernel", "ns", "C library", "ns", "ratio", "latency ratio", "latency, cycles"]
+    header += ["cycles/call"] + [f"limit {model}" for model in limits]
     return table(
         header,
         [
@@ -167,7 +168,9 @@ def scalar_table(rows):
                 number(r.get("ratio"), 2),
                 number(r.get("latency ratio"), 2),
                 number(r["latency"], 0),
+                number(r["cycles"], 1),
             ]
+            + [number(column.get(r["name"]), 1) for column in limits.values()]
             for r in rows
         ],
     )
@@ -196,8 +199,8 @@ def report(times, library, table_of, repetitions):
         wide = [r for r in rows if table_of[PREFIX + r["name"]]["width"] > 1]
         narrow = [r for r in rows if table_of[PREFIX + r["name"]]["width"] == 1]
         limits = {}
-        if mca and wide and not (element == "half" and not half_is_native):
-            paths = {r["name"]: library.fast_path(PREFIX + r["name"]) for r in wide}
+        if mca and rows and not (element == "half" and not half_is_native):
+            paths = {r["name"]: library.fast_path(PREFIX + r["name"]) for r in rows}
             for model, title in port_limit.MODELS.items():
                 limits[title] = port_limit.limits(mca[0], paths, model)
         if wide:
@@ -205,7 +208,7 @@ def report(times, library, table_of, repetitions):
             lines += vector_table(wide, limits) + [""]
         if narrow:
             lines += [f"### {element}, one lane", ""] + summary(narrow, "the C library")
-            lines += scalar_table(narrow) + [""]
+            lines += scalar_table(narrow, limits) + [""]
     return lines
 
 

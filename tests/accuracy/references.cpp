@@ -59,6 +59,7 @@ const Reference kReferences[] = {
     {"hypot", {mpfr_hypot}, {{{-8, 8}, {-8, 8}}}},
     {"inv", {reciprocal}, {{{-4, 4}, {-4, 4}}}},
     {"lgamma", {lgamma}, {{{-20, 40}, {-20, 40}}}},
+    {"lgammar", {lgamma}, {{{-20, 40}, {-20, 40}}}},
     {"log", {mpfr_log}, {{{0, 4}, {0, 4}}}},
     {"log10", {mpfr_log10}, {{{0, 4}, {0, 4}}}},
     {"log1p", {mpfr_log1p}, {{{-1, 4}, {-1, 4}}}},
