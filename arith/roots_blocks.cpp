@@ -19,8 +19,8 @@ const SqrtHalfBlock __zorp_hsqrt_data = {.half = 0x3F000000};
 ZORP_SAME_BLOCK(SqrtHalfBlock, __zorp_hsqrt_native_data, __zorp_hsqrt_data);
 ZORP_SAME_BLOCK(SqrtHalfBlock, __zorp_hsqrt_half_data, __zorp_hsqrt_data);
 
-// (1 / sqrt(1 - e) - 1) / e on |e| < 2^-13, in powers of e. Relative error of the root 2^-55.8.
 const RsqrtDoubleBlock __zorp_dinvsqrt_data = {
+    // 1 / sqrt(1 - d) = 1 + c1 d + ... + c3 d^3 on |d| <= 2^-13: relative error 2^-55.8
     .c3 = 0x3FD4000005E80001,
     .c2 = 0x3FD8000004600001,
     .c1 = 0x3FE0000000000000,

@@ -6,8 +6,7 @@
 
 namespace zorp {
 
-/// a = (k + j/64) ln 2 + r for a from about 86 to 711, and p, a polynomial of degree 6 for e^r - 1
-/// on [-ln 2 / 128, ln 2 / 128].
+/// a = (k + j/64) ln 2 + r for a from about 86 to 711, and p, a polynomial for e^r - 1.
 struct ScalarExpReduction {
   int k, j;
   double p;
@@ -18,15 +17,12 @@ struct ScalarExpReduction {
     const double n = t - shifter;
     const double r = (n * from_bits(uint64_t{0xBF862E42FEFA0000}) + a) +
                      n * from_bits(uint64_t{0xBD1CF79ABC9E3B3A});
-    p = ((((from_bits(uint64_t{0x3F56C16A1C2A3FFD}) * r + from_bits(uint64_t{0x3F8111123AAF20D3})) *
-               r +
-           from_bits(uint64_t{0x3FA5555555558FCC})) *
-              r +
-          from_bits(uint64_t{0x3FC55555555548F8})) *
-             r +
-         0.5) *
-            r * r +
-        r;
+    // e^r - 1 = r + 1/2 r^2 + c3 r^3 + ... + c6 r^6 on |r| <= ln 2 / 128: relative error 2^-61.7
+    constexpr double c3 = from_bits(uint64_t{0x3FC55555555548F8}),
+                     c4 = from_bits(uint64_t{0x3FA5555555558FCC}),
+                     c5 = from_bits(uint64_t{0x3F8111123AAF20D3}),
+                     c6 = from_bits(uint64_t{0x3F56C16A1C2A3FFD});
+    p = ((((c6 * r + c5) * r + c4) * r + c3) * r + 0.5) * r * r + r;
     const uint32_t steps = static_cast<uint32_t>(bits(t));
     j = steps & 63;
     k = static_cast<int>(steps >> 6);

@@ -34,18 +34,12 @@ float log_of_large(float s) {
   const float z = u + x;
   const float w = u + v;
   const float rest = low + v;
-  // log(1 + w) - w
-  const float p = ((((((from_bits(uint32_t{0xBE0005A0}) * w + from_bits(uint32_t{0x3E124E01})) * w +
-                       from_bits(uint32_t{0xBE2AAAAB})) *
-                          w +
-                      from_bits(uint32_t{0x3E4CCCCD})) *
-                         w +
-                     from_bits(uint32_t{0xBE800000})) *
-                        w +
-                    from_bits(uint32_t{0x3EAAAAAB})) *
-                       w +
-                   from_bits(uint32_t{0xBF000000})) *
-                  w * w;
+  // ln(1 + w) = w + c2 w^2 + ... + c8 w^8 on |w| <= 1.5/128: relative error 2^-39.4
+  constexpr float c2 = from_bits(uint32_t{0xBF000000}), c3 = from_bits(uint32_t{0x3EAAAAAB}),
+                  c4 = from_bits(uint32_t{0xBE800000}), c5 = from_bits(uint32_t{0x3E4CCCCD}),
+                  c6 = from_bits(uint32_t{0xBE2AAAAB}), c7 = from_bits(uint32_t{0x3E124E01}),
+                  c8 = from_bits(uint32_t{0xBE0005A0});
+  const float p = ((((((c8 * w + c7) * w + c6) * w + c5) * w + c4) * w + c3) * w + c2) * w * w;
   const float sum = z + rest;
   return sum + ((p + (v - (rest - low))) + (rest - (sum - z)));
 }

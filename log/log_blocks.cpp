@@ -14,6 +14,7 @@ const LogDoubleBlock __zorp_dln_data_avx512 = {
     .tl = ln_low_double_8,
     .one = 0x3FF0000000000000,
     .three_quarters = 0x3FE8000000000000,
+    // ln(1 + r) = r + c2 r^2 + ... + c11 r^11 on |r| <= 1/16: relative error 2^-56.8
     .c11 = 0x3FB7811843796ACA,
     .c10 = 0xBFB9D4D94C6A34BD,
     .c9 = 0x3FBC718497BDD31F,
@@ -24,6 +25,7 @@ const LogDoubleBlock __zorp_dln_data_avx512 = {
     .c4 = 0xBFCFFFFFFFFDA662,
     .c3 = 0x3FD5555555555580,
     .c2 = 0xBFE0000000000008,
+    // ln 2 = ln2hi + ln2lo: relative error 2^-77.5
     .ln2hi = 0x3FE62E42FEFA0000,
     .ln2lo = 0x3D7CF79ABC9E0000,  // cut short, so that exponent times this is exact
 };
@@ -32,6 +34,7 @@ const LogDoubleShortBlock __zorp_dln_native_data_avx512 = {
     .t = ln_double_8,
     .one = 0x3FF0000000000000,
     .three_quarters = 0x3FE8000000000000,
+    // ln(1 + r) = r + a2 r^2 + ... + a6 r^6 on |r| <= 1/16: relative error 2^-30.7
     .a6 = 0xBFC570FAD80A4B64,
     .a5 = 0x3FC9B53BE7EAD47D,
     .a4 = 0xBFCFFFF289B15435,
@@ -50,16 +53,20 @@ const LogFloatBlock __zorp_sln_data_avx512 = {
     .bh = ln_high_float_16,
     .bl = ln_low_float_16,
     .one = 0x3F800000,
+    // ln(1 + r) = r + c2 r^2 + ... + c5 r^5 on |r| <= 1/32: relative error 2^-26.5
     .c5 = 0x3E4DA3BA,
     .c4 = 0xBE806B6A,
     .c3 = 0x3EAAAA84,
     .c2 = 0xBEFFFFE5,
+    // ln 2 = ln2hi + ln2lo: relative error 2^-43.5
     .ln2hi = 0x3F317200,
     .ln2lo = 0x35BFBE8E,
 };
 ZORP_SAME_BLOCK(LogFloatBlock, __zorp_sln_rm_data_avx512, __zorp_sln_data_avx512);
 
 const LogFloatNativeBlock __zorp_sln_native_data_avx512 = {
+    // ln(1 + z) = z (p0[j] + p1[j] z + p2[j] z^2) on [j/16, (j + 1)/16], j = 0..7
+    // and [j/32 - 1/2, (j + 1)/32 - 1/2], j = 8..15: relative error 2^-18.0
     .p2 = {{0x3E9F5A07, 0x3E8B868E, 0x3E760E62, 0x3E5A55A8, 0x3E42D74F, 0x3E2EC63A, 0x3E1D832D,
             0x3E0E9119, 0x3F1B0F68, 0x3F0DDD15, 0x3F0236CB, 0x3EEFC41F, 0x3EDD5D70, 0x3ECCE9A0,
             0x3EBE25FA, 0x3EB0DA76}},
@@ -74,6 +81,8 @@ const LogFloatNativeBlock __zorp_sln_native_data_avx512 = {
 };
 
 const LogFloatHalfBlock __zorp_sln_half_data_avx512 = {
+    // ln(1 + z) = z (p0[j] + p1[j] z + p2[j] z^2 + p3[j] z^3) on [j/16, (j + 1)/16], j = 0..7
+    // and [j/32 - 1/2, (j + 1)/32 - 1/2], j = 8..15: relative error 2^-24.3
     .p3 = {{0xBE6831EF, 0xBE40408E, 0xBE20CE25, 0xBE07BB45, 0xBDE70571, 0xBDC611F1, 0xBDAAF886,
             0xBD947E78, 0xBF15EE8D, 0xBF040BD7, 0xBEE9B172, 0xBECFB3F7, 0xBEB95BAB, 0xBEA60C13,
             0xBE9546FB, 0xBE86A5E0}},
@@ -93,6 +102,8 @@ const LogFloatHalfBlock __zorp_sln_half_data_avx512 = {
 const LogHalfBlock __zorp_hln_data = {
     .one = 0x3C00,
     .ln2 = 0x398C,
+    // ln(1 + z) = z (p0[j] + p1[j] z) on [j/32, (j + 1)/32], j = 0..15
+    // and [j/64 - 1/2, (j + 1)/64 - 1/2], j = 16..31: relative error 2^-11.6
     .p1 = {{0xB7D6, 0xB787, 0xB73C, 0xB6F6, 0xB6B5, 0xB677, 0xB63E, 0xB607, 0xB5D3, 0xB5A3, 0xB575,
             0xB549, 0xB520, 0xB4F8, 0xB4D3, 0xB4AF, 0xB9C4, 0xB99D, 0xB978, 0xB955, 0xB933, 0xB912,
             0xB8F3, 0xB8D5, 0xB8B8, 0xB89C, 0xB882, 0xB868, 0xB850, 0xB838, 0xB821, 0xB80B}},
@@ -109,6 +120,7 @@ const Log2DoubleBlock __zorp_dlog2_data_avx512 = {
     .tl = log2_low_double_16,
     .one = 0x3FF0000000000000,
     .three_quarters = 0x3FE8000000000000,
+    // log2(1 + r) = (c1 + c1lo) r + c2 r^2 + ... + c10 r^10 on |r| <= 1/32: relative error 2^-61.0
     .c10 = 0xBFC283074B6385ED,
     .c9 = 0x3FC48F3D7961DDC4,
     .c8 = 0xBFC715442D67F111,
@@ -126,6 +138,7 @@ const Log2DoubleShortBlock __zorp_dlog2_native_data_avx512 = {
     .t = log2_double_16,
     .one = 0x3FF0000000000000,
     .three_quarters = 0x3FE8000000000000,
+    // log2(1 + r) = a1 r + ... + a5 r^5 on |r| <= 1/32: relative error 2^-31.5
     .a5 = 0x3FD27D38E848DD63,
     .a4 = 0xBFD71A1C43B6BC0C,
     .a3 = 0x3FDEC7092F2CDEAD,
@@ -140,6 +153,7 @@ const Log2FloatBlock __zorp_slog2_data_avx512 = {
     .th = log2_high_float_32,
     .tl = log2_low_float_32,
     .one = 0x3F800000,
+    // log2(1 + r) = (c1 + c1lo) r + c2 r^2 + ... + c4 r^4 on |r| <= 1/64: relative error 2^-29.2
     .c4 = 0xBEB8B5DE,
     .c3 = 0x3EF6419D,
     .c2 = 0xBF38AA3B,
@@ -149,6 +163,8 @@ const Log2FloatBlock __zorp_slog2_data_avx512 = {
 ZORP_SAME_BLOCK(Log2FloatBlock, __zorp_slog2_rm_data_avx512, __zorp_slog2_data_avx512);
 
 const Log2FloatShortBlock __zorp_slog2_native_data_avx512 = {
+    // log2(1 + z) = z (p0[j] + p1[j] z + p2[j] z^2) on [j/16, (j + 1)/16], j = 0..7
+    // and [j/32 - 1/2, (j + 1)/32 - 1/2], j = 8..15: relative error 2^-19.0
     .p2 = {{0x3EE5E557, 0x3EC94AFC, 0x3EB17DF5, 0x3E9D7EC0, 0x3E8C8C51, 0x3E7C2563, 0x3E633E0C,
             0x3E4DAE2F, 0x3F5FB45E, 0x3F4CAA79, 0x3F3BDBF0, 0x3F2CF466, 0x3F1FAE5C, 0x3F13D02E,
             0x3F0929BD, 0x3EFF253E}},
@@ -165,6 +181,7 @@ ZORP_SAME_BLOCK(Log2FloatShortBlock, __zorp_slog2_half_data_avx512,
 
 const Log2HalfBlock __zorp_hlog2_data = {
     .one = 0x3C00,
+    // log2(1 + z) = c1 z + ... + c5 z^5 on [-1/4, 1/2]: relative error 2^-11.8
     .c5 = 0x328A,
     .c4 = 0xB5FF,
     .c3 = 0x37CF,
@@ -180,6 +197,7 @@ const Log10DoubleBlock __zorp_dlog10_data_avx512 = {
     .tl = log10_low_double_16,
     .one = 0x3FF0000000000000,
     .three_quarters = 0x3FE8000000000000,
+    // log10(1 + r) = (c1 + c1lo) r + c2 r^2 + ... + c9 r^9 on |r| <= 1/32: relative error 2^-56.2
     .c9 = 0x3FA8C2D828480370,
     .c8 = 0xBFABD80D96029814,
     .c7 = 0x3FAFC3F6F38B58A2,
@@ -190,6 +208,7 @@ const Log10DoubleBlock __zorp_dlog10_data_avx512 = {
     .c2 = 0xBFCBCB7B1526E4DB,
     .c1lo = 0x3C69A5FDAAF11825,
     .c1 = 0x3FDBCB7B1526E50E,  // log10 e, rounded
+    // log10 2 = lg2hi + lg2lo: relative error 2^-91.6
     .lg2hi = 0x3FD34413509F0000,
     .lg2lo = 0x3D7E7FBCC47C4ACD,
 };
@@ -198,6 +217,7 @@ const Log10DoubleShortBlock __zorp_dlog10_native_data_avx512 = {
     .t = log10_double_16,
     .one = 0x3FF0000000000000,
     .three_quarters = 0x3FE8000000000000,
+    // log10(1 + r) = a1 r + ... + a5 r^5 on |r| <= 1/32: relative error 2^-31.5
     .a5 = 0x3FB6435E178FB651,
     .a4 = 0xBFBBD14C6BF32947,
     .a3 = 0x3FC287A6FB3F50D4,
@@ -212,16 +232,20 @@ const Log10FloatBlock __zorp_slog10_data_avx512 = {
     .th = log10_high_float_32,
     .tl = log10_low_float_32,
     .one = 0x3F800000,
+    // log10(1 + r) = (c1 + c1lo) r + c2 r^2 + ... + c4 r^4 on |r| <= 1/64: relative error 2^-29.1
     .c4 = 0xBDDE69DB,
     .c3 = 0x3E1442D6,
     .c2 = 0xBE5E5BD9,
     .c1lo = 0xB238DD40,
     .c1 = 0x3EDE5BD9,  // log10 e, rounded
+    // log10 2 = lg2hi + lg2lo: relative error 2^-41.6
     .lg2hi = 0x3E9A2000,
     .lg2lo = 0x369A84FC,
 };
 
 const Log10FloatShortBlock __zorp_slog10_native_data_avx512 = {
+    // log10(1 + z) = z (p0[j] + p1[j] z + p2[j] z^2) on [j/16, (j + 1)/16], j = 0..7
+    // and [j/32 - 1/2, (j + 1)/32 - 1/2], j = 8..15: relative error 2^-19.0
     .p2 = {{0x3E0A693E, 0x3DF2617C, 0x3DD5B8C0, 0x3DBDA49D, 0x3DA93C9E, 0x3D97CE9A, 0x3D88D044,
             0x3D77A9F4, 0x3E86AEFE, 0x3E76713B, 0x3E623477, 0x3E504218, 0x3E404673, 0x3E31FC1E,
             0x3E252927, 0x3E199CE6}},
@@ -239,6 +263,7 @@ ZORP_SAME_BLOCK(Log10FloatShortBlock, __zorp_slog10_half_data_avx512,
 
 const Log10HalfBlock __zorp_hlog10_data = {
     .lg2 = 0x34D1,
+    // log10(1 + z) = c1 z + ... + c5 z^5 on [-1/4, 1/2]: relative error 2^-12.5
     .c5 = 0x2BAD,
     .c4 = 0xAF2B,
     .c3 = 0x30B4,

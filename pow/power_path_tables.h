@@ -7,7 +7,7 @@
 
 namespace zorp {
 
-/// r = 1/(1 + i/32), shortened
+/// r = 1/(1 + i/32), to 15 bits
 inline constexpr Table<double, 33> power_reciprocals_1_double = {{
     0x3FF0000000000000, 0x3FEF07C000000000, 0x3FEE1E0000000000, 0x3FED41C000000000,
     0x3FEC71C000000000, 0x3FEBAD0000000000, 0x3FEAF28000000000, 0x3FEA41C000000000,
@@ -41,7 +41,7 @@ inline constexpr Table<double, 66> power_logs_1_double = {{
     0x0000000000000000, 0x0000000000000000,
 }};
 
-/// r = 1/(1 + i/512), shortened; in the upper half 1/(1 - (32 - i)/1024)
+/// r = 1/(1 + i/512) up to i = 14, 1/(1 - (32 - i)/1024) behind, to 15 bits
 inline constexpr Table<double, 33> power_reciprocals_2_double = {{
     0x3FF0000000000000, 0x3FEFF00000000000, 0x3FEFE00000000000, 0x3FEFD04000000000,
     0x3FEFC08000000000, 0x3FEFB0C000000000, 0x3FEFA10000000000, 0x3FEF918000000000,
@@ -75,7 +75,8 @@ inline constexpr Table<double, 66> power_logs_2_double = {{
     0x0000000000000000, 0x0000000000000000,
 }};
 
-/// r = k/(1 + i/32768), shortened; in the upper half k/(1 - (128 - i)/65536)
+/// r = k/(1 + i/32768) up to i = 60, k/(1 - (128 - i)/65536) behind, to 23 bits; k =
+/// 6051101/4194304
 inline constexpr Table<double, 129> power_reciprocals_3_double = {{
     0x3FF7154740000000, 0x3FF7151900000000, 0x3FF714EB00000000, 0x3FF714BCC0000000,
     0x3FF7148E80000000, 0x3FF7146080000000, 0x3FF7143240000000, 0x3FF7140440000000,
@@ -249,7 +250,7 @@ inline constexpr Table<double, 256> exp2_pairs_double_128 = {{
     0x3FFFA7C1819E90D8, 0x3C874853F3A5931E, 0x3FFFD3C22B8F71F1, 0x3C62EB74966579E7,
 }};
 
-/// r = 1/(1 + i/8), shortened
+/// r = 1/(1 + i/8), to 7 bits
 inline constexpr Table<float, 9> power_reciprocals_1_float = {{
     0x3F800000, 0x3F640000, 0x3F4C0000, 0x3F3A0000, 0x3F2A0000, 0x3F1E0000, 0x3F120000, 0x3F080000,
     0x3F000000,
@@ -262,7 +263,7 @@ inline constexpr Table<float, 18> power_logs_1_float = {{
     0x00000000, 0x00000000,
 }};
 
-/// r = 1/(1 + i/32), shortened; in the upper half 1/(1 - (8 - i)/64)
+/// r = 1/(1 + i/32) up to i = 2, 1/(1 - (8 - i)/64) behind, to 7 bits
 inline constexpr Table<float, 9> power_reciprocals_2_float = {{
     0x3F800000, 0x3F780000, 0x3F700000, 0x3F8A0000, 0x3F880000, 0x3F860000, 0x3F840000, 0x3F820000,
     0x3F800000,
@@ -275,7 +276,7 @@ inline constexpr Table<float, 18> power_logs_2_float = {{
     0x00000000, 0x00000000,
 }};
 
-/// r = k/(1 + i/256), shortened; in the upper half k/(1 - (16 - i)/512)
+/// r = k/(1 + i/256) up to i = 4, k/(1 - (16 - i)/512) behind, to 10 bits; k = 369/256
 inline constexpr Table<float, 17> power_reciprocals_3_float = {{
     0x3FB88000, 0x3FB7C000, 0x3FB70000, 0x3FB64000, 0x3FB5C000, 0x3FBC8000, 0x3FBC4000, 0x3FBBC000,
     0x3FBB8000, 0x3FBB0000, 0x3FBAC000, 0x3FBA4000, 0x3FBA0000, 0x3FB98000, 0x3FB94000, 0x3FB8C000,

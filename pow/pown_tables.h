@@ -7,7 +7,8 @@
 
 namespace zorp {
 
-/// -ln r in two parts and r = 1/(1 + i/64) to 8 bits, entry by entry
+/// -ln r cut to a multiple of 2^-14, what that leaves, and r = 1/(1 + i/64) in units of 2^-8, entry
+/// by entry
 inline constexpr Table<float, 195> pown_logs_float_65 = {{
     0x00000000, 0x00000000, 0x3F800000, 0x3C810000, 0x35ACB127, 0x3F7C0000, 0x3D020000, 0x372EC4F4,
     0x3F780000, 0x3D33C000, 0x38129E5B, 0x3F750000, 0x3D774000, 0x378C7002, 0x3F710000, 0x3D9DE000,
@@ -36,7 +37,7 @@ inline constexpr Table<float, 195> pown_logs_float_65 = {{
     0x3F317000, 0x3805FDF4, 0x3F000000,
 }};
 
-/// k/(1 + i/1024), k near log2 e, to 23 bits
+/// k/(1 + i/1024), k = 6051101/4194304 near log2 e, to 23 bits
 inline constexpr Table<double, 1025> pown_reciprocals_double_1025 = {{
     0x3FF7154740000000, 0x3FF70F8340000000, 0x3FF709C240000000, 0x3FF7040440000000,
     0x3FF6FE4900000000, 0x3FF6F89080000000, 0x3FF6F2DB00000000, 0x3FF6ED2840000000,
@@ -297,7 +298,8 @@ inline constexpr Table<double, 1025> pown_reciprocals_double_1025 = {{
     0x3FE7154740000000,
 }};
 
-/// -log2 of these over k, less 1 from i = 512 on, in two parts, entry by entry
+/// -log2 of these over k, less 1 from i = 512 on: the upper half of the encoding and what that
+/// leaves, entry by entry
 inline constexpr Table<double, 2050> pown_logs_double_1025 = {{
     0x0000000000000000, 0x0000000000000000, 0x3F5712E100000000, 0x3E0EE8A22F7C5987,
     0x3F670FC100000000, 0x3E17E16043FD7529, 0x3F71497700000000, 0x3E239EFB866B119C,
@@ -947,7 +949,7 @@ inline constexpr Table<double, 513> pown_short_logs_double_513 = {{
     0x0000000000000000,
 }};
 
-/// 2^(j/2048) times a number below 1
+/// 2^(j/2048), rounded, times 0x3FEFFFFFFC27DD9E, rounded; entry 1242 is one unit above
 inline constexpr Table<double, 2048> pown_powers_double_2048 = {{
     0x3FEFFFFFFC27DD9E, 0x3FF00162F1A4047D, 0x3FF002C603F68252, 0x3FF00429350E12AF,
     0x3FF0058C84ED6032, 0x3FF006EFF39715B2, 0x3FF00853810DDE41, 0x3FF009B72D54652F,

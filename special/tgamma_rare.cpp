@@ -13,8 +13,8 @@ namespace {
 
 // ---- Double -------------------------------------------------------------------------------------
 
-// Gamma on parts of [1, 2), from the constant term up: of t - 1, of the distance to the minimum,
-// and of t - 1 again.
+// gamma(1 + z) = _tgamma_A100_table[0] + ... + _tgamma_A100_table[15] z^15
+// on [0, 1/4]: relative error 2^-64.5
 constexpr Extended _tgamma_A100_table[16] = {
     0x3FFF8000000000000000_ext, 0xBFFE93C467E37DB0C536_ext, 0x3FFEFD32C611D8A881D0_ext,
     0xBFFEE8508C7990A0DAC0_ext, 0x3FFEFB52882A095B18A4_ext, 0xBFFEFB64074CED2658FB_ext,
@@ -22,6 +22,8 @@ constexpr Extended _tgamma_A100_table[16] = {
     0xBFFEFFA5EF3959089E94_ext, 0x3FFEFF173B7E66FD1D61_ext, 0xBFFEFB73D31793068463_ext,
     0x3FFEECF7DDDFD27C9223_ext, 0xBFFEC4DED71C782F76C8_ext, 0x3FFDF5B5413F95E1C282_ext,
     0xBFFCA405530B067ECD3C_ext};
+// gamma(x) = _tgamma_A125_table[0] + ... + _tgamma_A125_table[15] z^15
+// with z = x - double_minimum on [1.25, 1.5]: relative error 2^-65.7
 constexpr Extended _tgamma_A125_table[16] = {
     0x3FFEE2B6E4153A57746C_ext, 0x3FC6F4F8FBC7C0C9D317_ext, 0x3FFDDB629FB9BBDC1C4E_ext,
     0xBFFC85D74FA063E81476_ext, 0x3FFCA4C08BAF0A559479_ext, 0xBFFBBCFBBD5786537E9A_ext,
@@ -29,6 +31,8 @@ constexpr Extended _tgamma_A125_table[16] = {
     0xBFF9B6F91CB5C371177B_ext, 0x3FF8FB14010FB3697785_ext, 0xBFF8AC8FD5E11F6EEAD8_ext,
     0x3FF7E366DB2FB27B7ECD_ext, 0xBFF7C53F83645D4597FC_ext, 0x3FF3EA6DE925E6EB8C8F_ext,
     0xBFF7D038092400619677_ext};
+// gamma(1 + z) = _tgamma_A150_table[0] + ... + _tgamma_A150_table[15] z^15
+// on [1/2, 1]: relative error 2^-60.4
 constexpr Extended _tgamma_A150_table[16] = {
     0x3FFEFFFFF1781FDBEE84_ext, 0xBFFE93C30FD9781DBA88_ext, 0x3FFEFD23CD9741B460B8_ext,
     0xBFFEE7E82D0C613A8DE4_ext, 0x3FFEF9535027C1B1F795_ext, 0xBFFEF41312A8572ED346_ext,
@@ -39,7 +43,8 @@ constexpr Extended _tgamma_A150_table[16] = {
 constexpr Extended double_minimum = 0x3FFFBB16C31AB5F1FC00_ext;  // where gamma is least
 constexpr Extended double_scale = 0x3BECBA5D5869211696FF_ext;    // of the last row of factors
 
-// (sin(pi z) / pi - z) / z^3: its value at 0, and the rest in powers of z^2 from the top.
+// sin(pi z) / pi = z + double_sine_1 z^3 + double_sine[8] z^5 + ... + double_sine[0] z^21
+// on [0, 1/2]: relative error 2^-59.4
 constexpr Extended double_sine_1 = 0xBFFFD28D3312983E9918_ext;
 constexpr Extended double_sine[] = {
     0x3FDEBCBC4342112F52A2_ext, 0xBFE3FAFCECB86536F655_ext, 0x3FE987E4C97F9CF09B92_ext,
@@ -80,11 +85,16 @@ struct OfDouble {
 
 // ---- Float and half -----------------------------------------------------------------------------
 
-/// K times the product of z^2 + a z + b.
 struct FloatRow {
   uint64_t a[6], b[6], k;
 };
-// Gamma(8 k + z), in row 0 gamma(2 + z), row 5 scaled.
+// gamma(2 + z) = p[12] (z^2 + p[0] z + p[6]) ... (z^2 + p[5] z + p[11]) with p = float_rows
+// on [0, 1]: relative error 2^-43.7
+// gamma(8 i + z) = p[j + 12] (z^2 + p[j + 0] z + p[j + 6]) ... (z^2 + p[j + 5] z + p[j + 11])
+// with p = float_rows, j = 13 i on [0, 1], i = 1..4: relative error 2^-34.0
+// float_scale gamma(40 + z) = p[j + 12] (z^2 + p[j + 0] z + p[j + 6])
+// ... (z^2 + p[j + 5] z + p[j + 11]) with p = float_rows, j = 65
+// on [0, 1]: relative error 2^-32.9
 constexpr FloatRow float_rows[6] = {{{0x4009EFD1BA0CB3B4, 0x3FFFB35378FF4822, 0x3FD9CE68F695B198,
                                       0xBFF8C30AC900DA03, 0xC01032270413B896, 0xC01F171A4C0D6827},
                                      {0x400E17D2F0535C02, 0x4010689240F7FAC8, 0x40148F8E197396AC,
@@ -116,16 +126,25 @@ constexpr FloatRow float_rows[6] = {{{0x4009EFD1BA0CB3B4, 0x3FFFB35378FF4822, 0x
                                       0x3FFBF7C7BB46BF7D, 0x4008F960F7141B8B, 0x40183BA08134397B},
                                      0x3FF0000000000000}};
 
-// As above, with the last part cut in two.
+constexpr double float_scale = from_bits(uint64_t{0x368954EAEDBCC440});
+
+// gamma(1 + z) = float_A100_table[0] + ... + float_A100_table[7] z^7
+// on [0, 1/4]: relative error 2^-32.3
 constexpr uint64_t float_A100_table[8] = {
     0x3FEFFFFFFFE9209E, 0xBFE2788CCD545AA4, 0x3FEFA648D144911C, 0xBFED0800D93449B8,
     0x3FEF4857A010CA3B, 0xBFEE3720F7720B4D, 0x3FE96FFEEEA8520F, 0xBFD9909648921868};
+// gamma(x) = float_A125_table[0] + ... + float_A125_table[7] z^7
+// with z = x - 1.4616321449683625 on [1.25, 1.5]: relative error 2^-34.9
 constexpr uint64_t float_A125_table[8] = {
     0x3FEC56DC82A39AA2, 0xBDEE86A39D8452EB, 0x3FDB6C5465BBEF1F, 0xBFC0BADE710A10B9,
     0x3FC496A01A545163, 0xBFB7E7F83A546EBE, 0x3FAF237514F36691, 0xBFB421236426936C};
+// gamma(1 + z) = float_A150_table[0] + ... + float_A150_table[7] z^7
+// on [1/2, 3/4]: relative error 2^-37.1
 constexpr uint64_t float_A150_table[8] = {
     0x3FEFFC613AE7FBC8, 0xBFE245971DF735B8, 0x3FEE65557AB26771, 0xBFE85B427DBD23E4,
     0x3FE3C90CC8F09147, 0xBFD59D31BE3AB42A, 0x3FBF4203E3816C7B, 0xBF94730B51795867};
+// gamma(1 + z) = float_A175_table[0] + ... + float_A175_table[7] z^7
+// on [3/4, 1]: relative error 2^-38.9
 constexpr uint64_t float_A175_table[8] = {
     0x3FEFEE1E644B2022, 0xBFE1C1AEDFB25495, 0x3FEC56A80A977CA5, 0xBFE3C24AC40AC0BB,
     0x3FDB262D949175BE, 0xBFC6F0E707560916, 0x3FA96E37D09735F3, 0xBF7746A85137617E};
@@ -141,7 +160,7 @@ struct OfFloat {
   static constexpr uint32_t tiny = 0x00200000;
   static constexpr float large = 0x1p100f, small = 0x1p-100f;
 
-  static double scale() { return from_bits(uint64_t{0x368954EAEDBCC440}); }
+  static double scale() { return float_scale; }
   static double row(int k, double z) {
     const FloatRow& row = float_rows[k];
     const double s = z * z;

@@ -409,20 +409,27 @@ def check():
         failures += bad
         print(f"{name} row {k}: {log2_text(error)}" + (f", not 2^{promised}" if bad else ""))
 
+    def same_rule(name, values, wanted):
+        nonlocal failures
+        same = values == wanted
+        failures += not same
+        print(name + (": as its rule says" if same else ": differs from its rule"))
+
     for name, function in (("_tgamma_A_table", gamma_of_row), ("_C5", log_gamma_of_binade)):
         for k, (promised, row) in enumerate(table(name)):
             f = function(k)
             compare(name, k, promised, largest(lambda z: product(row, z) / f(z) - 1, 0, 1))
-    for name in ("_LR", "_RR"):
+    for side, name in (("left", "_LR"), ("right", "_RR")):
         values = next(table(name + "IB"))[1]
+        same_rule(name + "IB", values, [v for row in root_rows(side) for v in row])
         for n, (promised, c) in enumerate(table(name + "P")):
             compare(name + "P", n, promised, root_error(values[3 * n : 3 * n + 3], c))
     reciprocals, pairs, long_pairs = logarithm_tables()
+    short = re.search(r"__libm_rcp_table_256\[256\] = \{(.*?)\};", text, re.S)[1]
+    values = [mp.mpf(n) / 2048 for n in re.findall(r"(\d+)\.0f", short)]
+    same_rule("__libm_rcp_table_256", values, reciprocals)
     for name, wanted in (("__libm_log_table_256", pairs), ("__libm_logl_table_256", long_pairs)):
-        values = next(table(name))[1]
-        same = values == [rounded(v, 53) for pair in wanted for v in pair]
-        failures += not same
-        print(name + (": as its rule says" if same else ": differs from its rule"))
+        same_rule(name, next(table(name))[1], [rounded(v, 53) for pair in wanted for v in pair])
     return failures
 
 

@@ -16,7 +16,7 @@ import struct
 import sys
 from pathlib import Path
 
-from mpmath import cos, frexp, lu_solve, matrix, mp, mpf, nint, nstr, pi, tanh
+from mpmath import ceil, cos, frexp, log, lu_solve, matrix, mp, mpf, nint, nstr, pi, tanh
 
 mp.prec = 200
 FILE = Path(__file__).resolve().parent.parent / "exp/tanh_tables.h"
@@ -30,10 +30,11 @@ def decode(pattern):
 class Fit:
     """The intervals of one element type."""
 
-    def __init__(self, element, precision, degree, corrected, points, kept, bounds):
+    def __init__(self, element, precision, degree, used, corrected, points, kept, bounds):
         self.element = element
         self.precision = precision  # significant bits
         self.degree = degree
+        self.used = used  # degrees that the tiers evaluate
         self.corrected = corrected  # coefficients that make good what a rounding leaves
         self.points = [mpf(v) for v in points.split()]
         self.bounds = [mpf(v) for v in bounds]
@@ -87,6 +88,16 @@ class Fit:
                 errors.append((e, self.points[i] + r))
         return max(errors)
 
+    def relative_error(self, degree):
+        """Of the first terms of all rows, as a power of two."""
+        worst = 0
+        for i in range(len(self.points) - 1):
+            for r in extrema(*self.interval(i), 60):
+                exact = tanh(self.points[i] + r)
+                if exact:
+                    worst = max(worst, abs(evaluate(self.row(i)[: degree + 1], r) / exact - 1))
+        return f"2^{float(ceil(log(worst, 2) * 10)) / 10:.1f}"
+
     def encode(self, v):
         if self.element == "double":
             return "0x%016X" % struct.unpack(">Q", struct.pack(">d", float(v)))
@@ -102,7 +113,9 @@ class Fit:
 
     def text(self):
         rows = [self.row(i) for i in range(len(self.points))]
+        errors = ", ".join(f"{self.relative_error(n)} to r^{n}" for n in self.used)
         lines = [
+            f"/// tanh(x[i] + r) = c[0][i] + c[1][i] r + ...: relative error {errors}\n"
             f"inline constexpr TanhIntervals<{self.element}, {len(rows)}, {self.degree}> "
             f"tanh_intervals_{self.element} = {{\n    .x = {{{{\n",
             self.table(self.points, "        "),
@@ -176,6 +189,7 @@ DOUBLE = Fit(
     "double",
     53,
     16,
+    (16, 10),
     4,
     "0 0.21875 0.3125 0.4375 0.625 0.875 1.25 1.75 2.5 3.5 5 7 10 14 20 0",
     {
@@ -194,6 +208,7 @@ FLOAT = Fit(
     "float",
     24,
     6,
+    (6,),
     6,
     "0 0.05859375 0.0703125 0.0859375 0.1015625 0.1171875 0.140625 0.171875 0.203125 0.234375 "
     "0.28125 0.34375 0.40625 0.46875 0.5625 0.6875 0.8125 0.9375 1.125 1.375 1.625 1.875 2.25 2.75 "

@@ -14,6 +14,7 @@ from fractions import Fraction
 from functools import cache
 from math import copysign
 from pathlib import Path
+from textwrap import wrap
 
 getcontext().prec = 80
 ROOT = Path(__file__).resolve().parent.parent
@@ -66,9 +67,10 @@ def pattern_table(name, element, patterns, comment):
         for i in range(0, len(patterns), per_line)
     ]
     body = "\n".join(lines)
+    comment = "".join(f"/// {line}\n" for line in wrap(comment, 96))
     return (
-        f"/// {comment}\n"
-        f"inline constexpr Table<{element}, {len(patterns)}> {name} = {{{{\n{body}\n}}}};\n"
+        comment
+        + f"inline constexpr Table<{element}, {len(patterns)}> {name} = {{{{\n{body}\n}}}};\n"
     )
 
 
@@ -508,19 +510,22 @@ def reduction_tables():
                 "circle_float_256",
                 "float",
                 flat(float_rows, (0, 2, 3, 1)),
-                "c_rest, s_high, s_low, c_power of j/256 of a turn, entry by entry",
+                "c_rest, s_high, s_low, c_power of j/256 of a turn, entry by entry: cosine c_power + "
+                "c_rest with the power of two that is nearest in ratio, sine s_high + s_low",
             ),
             table(
                 "circle_double_512",
                 "double",
                 flat(double_rows, (0, 1, 2, 3)),
-                "c_rest, c_power, s_high, s_low of j/512 of a turn, entry by entry",
+                "c_rest, c_power, s_high, s_low of j/512 of a turn, entry by entry: cosine c_power + "
+                "c_rest with the nearest power of two, sine s_high + s_low, s_low cut to 24 bits",
             ),
             table(
                 "circle_double_64",
                 "double",
                 flat(scalar_rows, (0, 2, 3, 1)),
-                "c_rest, s_high, s_low, c_power of j/64 of a turn, entry by entry",
+                "c_rest, s_high, s_low, c_power of j/64 of a turn, entry by entry: the same, s_low "
+                "rounded to 24 bits",
             ),
         ],
     )
@@ -614,7 +619,7 @@ NEAR_LOG2E = {"double": Fraction(6051101, 2**22), "float": Fraction(738, 2**9)}
 
 
 def power_path_tables():
-    def stage(steps, count, last_above, bits, factor=1):
+    def stage(steps, count, last_above, bits, factor):
         """factor/(1 + i/steps) up to i = last_above, factor/(1 - (count - i)/(2 steps)) behind."""
 
         def divisor(i):
@@ -626,22 +631,23 @@ def power_path_tables():
     for element in ("double", "float"):
         k = NEAR_LOG2E[element]
         if element == "double":
-            stages = [stage(32, 32, 32, 15), stage(512, 32, 14, 15), stage(32768, 128, 60, 23, k)]
-            steps, midpoint, bits = (32, 512, 32768), 16, 42
+            stages = (32, 32, 32, 15, 1), (512, 32, 14, 15, 1), (32768, 128, 60, 23, k)
+            midpoint, bits = 16, 42
             high_power, unit = lambda v: nearest(v, "double"), "rounded value"
         else:
-            stages = [stage(8, 8, 8, 7), stage(32, 8, 2, 7), stage(256, 16, 4, 10, k)]
-            steps, midpoint, bits = (8, 32, 256), 4, 17
+            stages = (8, 8, 8, 7, 1), (32, 8, 2, 7, 1), (256, 16, 4, 10, k)
+            midpoint, bits = 4, 17
             high_power, unit = lambda v: Fraction(round(v * 2**22), 2**22), "multiple of 2^-22"
-        for number, reciprocals in enumerate(stages, 1):
-            one, name = (k, "k") if number == 3 else (1, "1")
+        for number, (n, last, last_above, short, one) in enumerate(stages, 1):
+            reciprocals = stage(n, last, last_above, short, one)
             logs = [-log2(r / one) for r in reciprocals]
-            n, last = steps[number - 1], len(reciprocals) - 1
-            what = f"r = {name}/(1 + i/{n}), shortened"
+            name = "k" if number == 3 else "1"
+            what = f"r = {name}/(1 + i/{n})"
             if number == 1:
                 logs = logs[:midpoint] + [v - 1 for v in logs[midpoint:]]
             else:
-                what += f"; in the upper half {name}/(1 - ({last} - i)/{2 * n})"
+                what += f" up to i = {last_above}, {name}/(1 - ({last} - i)/{2 * n}) behind"
+            what += f", to {short} bits" + (f"; k = {k}" if number == 3 else "")
             tables.append(
                 table(f"power_reciprocals_{number}_{element}", element, reciprocals, what)
             )
@@ -695,19 +701,21 @@ def pown_tables():
             "pown_logs_float_65",
             "float",
             triples,
-            "-ln r in two parts and r = 1/(1 + i/64) to 8 bits, entry by entry",
+            "-ln r cut to a multiple of 2^-14, what that leaves, and r = 1/(1 + i/64) in units of "
+            "2^-8, entry by entry",
         ),
         table(
             "pown_reciprocals_double_1025",
             "double",
             reciprocals,
-            "k/(1 + i/1024), k near log2 e, to 23 bits",
+            f"k/(1 + i/1024), k = {k} near log2 e, to 23 bits",
         ),
         table(
             "pown_logs_double_1025",
             "double",
             split_pairs(logs, upper_word),
-            "-log2 of these over k, less 1 from i = 512 on, in two parts, entry by entry",
+            "-log2 of these over k, less 1 from i = 512 on: the upper half of the encoding and what "
+            "that leaves, entry by entry",
         ),
         table(
             "pown_short_logs_double_513",
@@ -715,7 +723,12 @@ def pown_tables():
             short_logs,
             "-ln(c/512), c = 512 + i; -ln(c/1024) from c = 725 on",
         ),
-        table("pown_powers_double_2048", "double", powers, "2^(j/2048) times a number below 1"),
+        table(
+            "pown_powers_double_2048",
+            "double",
+            powers,
+            "2^(j/2048), rounded, times 0x3FEFFFFFFC27DD9E, rounded; entry 1242 is one unit above",
+        ),
     ]
     return header("Tables of pown and rootn.", tables)
 

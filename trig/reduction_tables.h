@@ -33,7 +33,8 @@ inline constexpr Table<double, 50> four_over_pi_pieces = {{
     0x02E1BF1EC0000000, 0x016AEAFC20000000,
 }};
 
-/// c_rest, s_high, s_low, c_power of j/256 of a turn, entry by entry
+/// c_rest, s_high, s_low, c_power of j/256 of a turn, entry by entry: cosine c_power + c_rest with
+/// the power of two that is nearest in ratio, sine s_high + s_low
 inline constexpr Table<float, 1024> circle_float_256 = {{
     0x00000000, 0x00000000, 0x00000000, 0x3F800000, 0xB99DE7DF, 0x3CC90AB0, 0xB005C998, 0x3F800000,
     0xBA9DE1C8, 0x3D48FB30, 0xB0EF227F, 0x3F800000, 0xBB319298, 0x3D96A905, 0xB1531E61, 0x3F800000,
@@ -165,7 +166,8 @@ inline constexpr Table<float, 1024> circle_float_256 = {{
     0xBA9DE1C8, 0xBD48FB30, 0x30EF227F, 0x3F800000, 0xB99DE7DF, 0xBCC90AB0, 0x3005C998, 0x3F800000,
 }};
 
-/// c_rest, c_power, s_high, s_low of j/512 of a turn, entry by entry
+/// c_rest, c_power, s_high, s_low of j/512 of a turn, entry by entry: cosine c_power + c_rest with
+/// the nearest power of two, sine s_high + s_low, s_low cut to 24 bits
 inline constexpr Table<double, 2048> circle_double_512 = {{
     0x0000000000000000, 0x3FF0000000000000, 0x0000000000000000, 0x0000000000000000,
     0xBF13BD2C8DA49511, 0x3FF0000000000000, 0x3F8921D1FCDEC784, 0x3C29878EA0000000,
@@ -681,7 +683,8 @@ inline constexpr Table<double, 2048> circle_double_512 = {{
     0xBF13BD2C8DA49511, 0x3FF0000000000000, 0xBF8921D1FCDEC784, 0xBC29878EA0000000,
 }};
 
-/// c_rest, s_high, s_low, c_power of j/64 of a turn, entry by entry
+/// c_rest, s_high, s_low, c_power of j/64 of a turn, entry by entry: the same, s_low rounded to 24
+/// bits
 inline constexpr Table<double, 256> circle_double_64 = {{
     0x0000000000000000, 0x0000000000000000, 0x0000000000000000, 0x3FF0000000000000,
     0xBF73B92E176D6D31, 0x3FB917A6BC29B42C, 0xBC3E2718E0000000, 0x3FF0000000000000,

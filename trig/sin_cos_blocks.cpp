@@ -4,16 +4,16 @@
 namespace zorp {
 extern "C" {
 
-// s: (sin r / r - 1) / r^2 in r^2, on |r| <= pi/2. The reduced blocks of float have c for sin r /
-// r. t, in half: as s, for the float stage.
 const SinDoubleBlock __zorp_dsin_data = {
     .absmask = 0x7FFFFFFFFFFFFFFF,
     .inv_pi = 0x3FD45F306DC9C883,
+    // pi = pi1 + pi2 + pi3: relative error 2^-160.7
     .pi1 = 0x400921FB54442D18,
     .pi2 = 0x3CA1A62633145C06,
     .pi3 = 0x395C1CD129024E09,
     .shift = 0x4338000000000000,  // 1.5 x 2^52
     .limit = 0x4170000000000000,  // 2^24
+    // sin r = r + s1 r^3 + ... + s7 r^15 on |r| <= pi/2: relative error 2^-52.2
     .s1 = 0xBFC55555555554A8,
     .s2 = 0x3F8111111110A573,
     .s3 = 0xBF2A01A019A659DD,
@@ -26,6 +26,7 @@ const SinDoubleBlock __zorp_dsin_data = {
 const CosDoubleBlock __zorp_dcos_data = {
     .absmask = 0x7FFFFFFFFFFFFFFF,
     .inv_pi = 0x3FD45F306DC9C883,
+    // pi = pi1 + pi2 + pi3: relative error 2^-160.7
     .pi1 = 0x400921FB54442D18,
     .pi2 = 0x3CA1A62633145C06,
     .pi3 = 0x395C1CD129024E09,
@@ -34,6 +35,7 @@ const CosDoubleBlock __zorp_dcos_data = {
     .limit = 0x43300000007FFFFE,   // 2^52 + 8388606
     .tiny = 0x3E40000000000000,    // 2^-27
     .one = 0x3FF0000000000000,
+    // sin r = r + s1 r^3 + ... + s7 r^15 on |r| <= pi/2: relative error 2^-52.1
     .s1 = 0xBFC55555555554A7,
     .s2 = 0x3F8111111110A4A8,
     .s3 = 0xBF2A01A019A5B87B,
@@ -48,8 +50,10 @@ const SinDoubleShortBlock __zorp_dsin_native_data = {
     .limit = 0x4170000000000000,  // 2^24
     .inv_pi = 0x3FD45F306DC9C883,
     .shift = 0x4338000000000000,
+    // pi = pi1 + pi2: relative error 2^-106.8
     .pi1 = 0x400921FB54442D18,
     .pi2 = 0x3CA1A62633145C06,
+    // sin r = r + s1 r^3 + ... + s4 r^9 on |r| <= pi/2: relative error 2^-27.1
     .s1 = 0xBFC55554AD3EAF1F,
     .s2 = 0x3F8110EA968A0185,
     .s3 = 0xBF29F67D9395D587,
@@ -63,8 +67,10 @@ const CosDoubleShortBlock __zorp_dcos_native_data = {
     .limit = 0x4160000000000000,  // 2^23
     .inv_pi = 0x3FD45F306DC9C883,
     .shift = 0x4338000000000000,
+    // pi = pi1 + pi2: relative error 2^-106.8
     .pi1 = 0x400921FB54442D18,
     .pi2 = 0x3CA1A62633145C06,
+    // sin r = r + s1 r^3 + ... + s4 r^9 on |r| <= pi/2: relative error 2^-27.1
     .s1 = 0xBFC55554AD3EAF1F,
     .s2 = 0x3F8110EA968A0185,
     .s3 = 0xBF29F67D9395D587,
@@ -81,9 +87,11 @@ const SinFloatBlock __zorp_ssin_data = {
     .limit = 0x49000000,  // 524288
     .inv_pi = 0x3EA2F983,
     .shift = 0x4B400000,  // 1.5 x 2^23
+    // pi = pi1 + pi2 + pi3: relative error 2^-76.9
     .pi1 = 0x40490FDB,
     .pi2 = 0xB3BBBD2E,
     .pi3 = 0xA7772CED,
+    // sin r = r + s1 r^3 + ... + s4 r^9 on |r| <= pi/2: relative error 2^-24.6
     .s1 = 0xBE2AAAA6,
     .s2 = 0x3C088766,
     .s3 = 0xB94FB7FF,
@@ -95,9 +103,11 @@ const CosFloatBlock __zorp_scos_data = {
     .limit = 0x49000000,  // 524288
     .inv_pi = 0x3EA2F983,
     .shift = 0x4B400000,  // 1.5 x 2^23
+    // pi = pi1 + pi2 + pi3: relative error 2^-76.9
     .pi1 = 0x40490FDB,
     .pi2 = 0xB3BBBD2E,
     .pi3 = 0xA7772CED,
+    // sin r = r + s1 r^3 + ... + s4 r^9 on |r| <= pi/2: relative error 2^-24.4
     .s1 = 0xBE2AAAA6,
     .s2 = 0x3C088764,
     .s3 = 0xB94FB6CF,
@@ -112,8 +122,10 @@ const SinFloatShortBlock __zorp_ssin_native_data = {
     .limit = 0x461C4000,  // 10000
     .inv_pi = 0x3EA2F983,
     .shift = 0x4B400000,  // 1.5 x 2^23
+    // pi = pi1 + pi2: relative error 2^-49.7
     .pi1 = 0x40490FDB,
     .pi2 = 0xB3BBBD2E,
+    // sin r = c0 r + c1 r^3 + c2 r^5 on |r| <= pi/2: relative error 2^-12.6
     .c0 = 0x3F7FF87C,
     .c1 = 0xBE29E72F,
     .c2 = 0x3BF84524,
@@ -126,8 +138,10 @@ const CosFloatShortBlock __zorp_scos_native_data = {
     .limit = 0x461C4000,  // 10000
     .inv_pi = 0x3EA2F983,
     .shift = 0x4B400000,  // 1.5 x 2^23
+    // pi = pi1 + pi2: relative error 2^-49.7
     .pi1 = 0x40490FDB,
     .pi2 = 0xB3BBBD2E,
+    // sin r = c0 r + c1 r^3 + c2 r^5 on |r| <= pi/2: relative error 2^-12.6
     .c0 = 0x3F7FF87C,
     .c1 = 0xBE29E73F,
     .c2 = 0x3BF84524,
@@ -143,14 +157,18 @@ const SinHalfBlock __zorp_hsin_data = {
     .limit = 0x52AC,     // 53.375
     .shift = 0x5200,     // 48
     .inv_pi32 = 0x2118,  // 1/(32 pi)
-    .pi32_1 = 0xD648,    // -32 pi, in two parts
+    // -32 pi = pi32_1 + pi32_2: relative error 2^-24.3
+    .pi32_1 = 0xD648,
     .pi32_2 = 0xA7ED,
+    // sin r = r + s1 r^3 + s2 r^5 on |r| <= pi/2: relative error 2^-11.1
     .s1 = 0xB155,
     .s2 = 0x2007,
     .large_shift = 0x4B400000,  // 1.5 x 2^23
     .large_inv_pi = 0x3EA2F983,
-    .large_pi1 = 0xC0490FDB,  // -pi, in two parts
+    // -pi = large_pi1 + large_pi2: relative error 2^-49.7
+    .large_pi1 = 0xC0490FDB,
     .large_pi2 = 0x33BBBD2E,
+    // sin r = r + t1 r^3 + t2 r^5 on |r| <= pi/2: relative error 2^-11.8
     .t1 = 0xBE2A026E,
     .t2 = 0x3BF9F9B6,
 };
@@ -163,18 +181,22 @@ const CosHalfBlock __zorp_hcos_data = {
     .limit = 0x4BD9,     // 15.6953
     .shift = 0x5200,     // 48
     .inv_pi32 = 0x2118,  // 1/(32 pi)
-    .pi32_1 = 0xD648,    // -32 pi, in two parts
+    // -32 pi = pi32_1 + pi32_2: relative error 2^-24.3
+    .pi32_1 = 0xD648,
     .pi32_2 = 0xA7ED,
     .pi_half = 0x3E48,
     .step = 0x2400,  // 1/64
+    // sin r = r + s1 r^3 + ... + s3 r^7 on |r| <= pi/2: relative error 2^-13.7
     .s1 = 0xB155,
     .s2 = 0x2042,
     .s3 = 0x8A2D,
     .large_shift = 0x4B000000,   // 2^23
     .large_centre = 0x4AFFFFFF,  // 2^23 - 1/2
     .large_inv_pi = 0x3EA2F983,
-    .large_pi1 = 0x40490FDB,  // pi, in two parts
+    // pi = large_pi1 + large_pi2: relative error 2^-49.7
+    .large_pi1 = 0x40490FDB,
     .large_pi2 = 0xB3BBBD2E,
+    // sin r = r + t1 r^3 + t2 r^5 on |r| <= pi/2: relative error 2^-11.8
     .t1 = 0xBE2A026E,
     .t2 = 0x3BF9F9B6,
 };

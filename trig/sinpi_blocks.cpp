@@ -4,9 +4,9 @@
 namespace zorp {
 extern "C" {
 
-// sin(pi t) / t on |t| <= 1/2, in powers of t^2; c0 is pi. Relative error 2^-54.5.
 const SinpiDoubleBlock __zorp_dsinpi_data_avx2 = {
     .one_half = 0x3FE0000000000000,
+    // sin(pi t) = c0 t + c1 t^3 + ... + c8 t^17 on |t| <= 1/2: relative error 2^-54.5
     .c0 = 0x400921FB54442D18,
     .c1 = 0xC014ABBCE625BE52,
     .c2 = 0x400466BC6775AA7D,
@@ -19,9 +19,9 @@ const SinpiDoubleBlock __zorp_dsinpi_data_avx2 = {
 };
 ZORP_SAME_BLOCK(SinpiDoubleBlock, __zorp_dcospi_data_avx2, __zorp_dsinpi_data_avx2);
 
-// The same with fewer terms: 2^-34.1.
 const SinpiDoubleShortBlock __zorp_dsinpi_native_data_avx2 = {
     .one_half = 0x3FE0000000000000,
+    // sin(pi t) = c0 t + c1 t^3 + ... + c5 t^11 on |t| <= 1/2: relative error 2^-34.1
     .c0 = 0x400921FB54442D18,
     .c1 = 0xC014ABBCE51D46FF,
     .c2 = 0x400466BC06D54F0B,
@@ -32,9 +32,9 @@ const SinpiDoubleShortBlock __zorp_dsinpi_native_data_avx2 = {
 ZORP_SAME_BLOCK(SinpiDoubleShortBlock, __zorp_dcospi_native_data_avx2,
                 __zorp_dsinpi_native_data_avx2);
 
-// The same: 2^-24.7.
 const SinpiFloatBlock __zorp_ssinpi_data = {
     .one_half = 0x3F000000,
+    // sin(pi t) = c0 t + c1 t^3 + ... + c4 t^9 on |t| <= 1/2: relative error 2^-24.7
     .c0 = 0x40490FDB,
     .c1 = 0xC0A55DE2,
     .c2 = 0x40233479,
@@ -45,11 +45,11 @@ ZORP_SAME_BLOCK(SinpiFloatBlock, __zorp_ssinpi_native_data, __zorp_ssinpi_data);
 ZORP_SAME_BLOCK(SinpiFloatBlock, __zorp_scospi_data, __zorp_ssinpi_data);
 ZORP_SAME_BLOCK(SinpiFloatBlock, __zorp_scospi_native_data, __zorp_ssinpi_data);
 
-// sin(pi t) / (4 t) - 1 on |t| <= 1/2, in powers of t^2. Relative error of the sine 2^-12.4.
 const SinpiHalfBlock __zorp_hsinpi_data = {
     .absmask = 0x7FFF,
     .four = 0x4400,
     .one_half = 0x3800,
+    // sin(pi t) = 4 t (1 + h0 + h1 t^2 + h2 t^4) on |t| <= 1/2: relative error 2^-12.4
     .h0 = 0xB2DF,
     .h1 = 0xBD25,
     .h2 = 0x38A7,
