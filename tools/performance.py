@@ -131,6 +131,18 @@ def summary(rows, rivals):
     return [text + ".", ""]
 
 
+def speed_cells(r, digits):
+    return [
+        r["name"],
+        number(r["element"], digits),
+        r["rival"],
+        number(r.get("rival element"), digits),
+        number(r.get("ratio"), 2),
+        number(r.get("latency ratio"), 2),
+        number(r["latency"], 0),
+    ]
+
+
 def vector_table(rows, limits):
     header = ["kernel", "ns/element", "SLEEF", "ns/element", "ratio", "latency ratio"]
     header += ["latency, cycles", "cycles/call"]
@@ -138,16 +150,8 @@ def vector_table(rows, limits):
     return table(
         header,
         [
-            [
-                r["name"],
-                number(r["element"], 3),
-                r["rival"],
-                number(r.get("rival element"), 3),
-                number(r.get("ratio"), 2),
-                number(r.get("latency ratio"), 2),
-                number(r["latency"], 0),
-                number(r["cycles"], 1),
-            ]
+            speed_cells(r, 3)
+            + [number(r["cycles"], 1)]
             + [number(column.get(r["name"]), 1) for column in limits.values()]
             for r in rows
         ],
@@ -156,21 +160,7 @@ def vector_table(rows, limits):
 
 def scalar_table(rows):
     header = ["kernel", "ns", "C library", "ns", "ratio", "latency ratio", "latency, cycles"]
-    return table(
-        header,
-        [
-            [
-                r["name"],
-                number(r["element"], 2),
-                r["rival"],
-                number(r.get("rival element"), 2),
-                number(r.get("ratio"), 2),
-                number(r.get("latency ratio"), 2),
-                number(r["latency"], 0),
-            ]
-            for r in rows
-        ],
-    )
+    return table(header, [speed_cells(r, 2) for r in rows])
 
 
 def report(times, library, table_of, repetitions):
