@@ -152,18 +152,17 @@ Stem to_float() {
   };
   const Format& f = format(Lane::f32);
   const Bits one = f.one(), sign = f.sign(), infinity = f.infinity(), largest = f.max_finite();
-  stem.at(1.5, {0x3fc00000, 0x3fc00000, 0x3fc00000, 0x3fc00000});
-  stem.at(1 + 0x1p-24, {one, one, one + 1, one});
-  stem.at(-1 - 0x1p-24, {sign | one, sign | (one + 1), sign | one, sign | one});
-  stem.at(0x1.fffffffffffffp1023, {infinity, largest, infinity, largest});
-  stem.at(-0x1.fffffffffffffp1023,
-          {sign | infinity, sign | infinity, sign | largest, sign | largest});
-  stem.at(0x1p-1074, {0, 0, 1, 0});
-  stem.at(-0x1p-1074, {sign, sign | 1, sign, sign});
-  stem.at(0.0, {0, 0, 0, 0});
-  stem.at(-0.0, {sign, sign, sign, sign});
-  stem.at(INFINITY, {infinity, infinity, infinity, infinity});
-  stem.at(-INFINITY, {sign | infinity, sign | infinity, sign | infinity, sign | infinity});
+  at(1.5, {0x3fc00000, 0x3fc00000, 0x3fc00000, 0x3fc00000});
+  at(1 + 0x1p-24, {one, one, one + 1, one});
+  at(-1 - 0x1p-24, {sign | one, sign | (one + 1), sign | one, sign | one});
+  at(0x1.fffffffffffffp1023, {infinity, largest, infinity, largest});
+  at(-0x1.fffffffffffffp1023, {sign | infinity, sign | infinity, sign | largest, sign | largest});
+  at(0x1p-1074, {0, 0, 1, 0});
+  at(-0x1p-1074, {sign, sign | 1, sign, sign});
+  at(0.0, {0, 0, 0, 0});
+  at(-0.0, {sign, sign, sign, sign});
+  at(INFINITY, {infinity, infinity, infinity, infinity});
+  at(-INFINITY, {sign | infinity, sign | infinity, sign | infinity, sign | infinity});
   return stem;
 }
 
