@@ -328,11 +328,12 @@ struct Pown {
     const auto a = absolute(n);
     V p = mul_where(any_common_bit(a, k.bit[0]), one, x);
     V s = x;
-#pragma GCC unroll 16
-    for (int i = 1; i < count; ++i) {
-      s = s * s;
-      p = mul_where(any_common_bit(a, k.bit[i]), p, s);
-    }
+    multiply_bits<1, 3>(p, s, a, k);
+    // Squares that no lane needs may underflow, which takes the processor long.
+    if constexpr (count > 3)
+      if (any(any_common_bit(a, k.beyond_3))) multiply_bits<3, 8>(p, s, a, k);
+    if constexpr (count > 8)
+      if (any(any_common_bit(a, k.beyond_8))) multiply_bits<8, 12>(p, s, a, k);
     const auto negative = is_negative(n);
     const auto larger = any_common_bit(a, k.template beyond<count>());
     const auto missing = larger | (negative & classify<infinities | nans>(p));
@@ -349,6 +350,16 @@ struct Pown {
       special = second.special;
     }
     return {p, special};
+  }
+
+  /// Multiplies p by the powers s^2, s^4, ... for the bits of a in [from, to).
+  template <int from, int to, class V, class Bits>
+  static void multiply_bits(V& p, V& s, Bits a, const PownSmallBlock& k) {
+#pragma GCC unroll 16
+    for (int i = from; i < to; ++i) {
+      s = s * s;
+      p = mul_where(any_common_bit(a, k.bit[i]), p, s);
+    }
   }
 
   template <Tier tier, int N>

@@ -24,6 +24,20 @@ consteval Extended operator""_ext(const char* literal) {
   return {word[1], word[0]};
 }
 
+/// An extended value as a sum of two doubles: the processor adds these in less time than it loads
+/// 80 bits. For routines that compute with 64-bit significands.
+struct SplitExtended {
+  double high, low;
+  operator long double() const { return static_cast<long double>(high) + low; }
+};
+constexpr SplitExtended split(Extended v) {
+  const uint64_t sign = v.sign_exponent >> 15 << 63;
+  const uint64_t exponent = (v.sign_exponent & 0x7FFF) - 16383 + 1023;
+  const double low_unit = from_bits(sign | (exponent - 63) << 52);
+  return {from_bits(sign | exponent << 52 | v.significand << 1 >> 12),
+          static_cast<double>(v.significand & 0x7FF) * low_unit};
+}
+
 inline long double value_of(Extended pattern) { return pattern; }
 inline long double value_of(uint64_t pattern) { return from_bits(pattern); }
 
@@ -42,12 +56,23 @@ inline long double horner(const C (&c)[n], long double x) {
 }
 
 /// K times the product of z^2 + a z + b; the row holds b and a of each factor, then K.
-inline long double factored(const Extended (&row)[23], long double z) {
-  const long double s = z * z;
-  long double v = row[22];
-  for (int i = 0; i < 22; i += 2) v = v * (row[i + 1] * z + s + row[i]);
-  return v;
-}
+struct Factors {
+  SplitExtended row[23];
+  long double operator()(long double z) const {
+    const long double s = z * z;
+    long double v = row[22];
+    for (int i = 0; i < 22; i += 2) v = v * (row[i + 1] * z + s + row[i]);
+    return v;
+  }
+};
+template <int n>
+struct FactorTable {
+  Factors of[n];
+  constexpr FactorTable(const Extended (&rows)[n][23]) {
+    for (int k = 0; k < n; ++k)
+      for (int i = 0; i < 23; ++i) of[k].row[i] = split(rows[k][i]);
+  }
+};
 
 /// Coefficients from the constant term up, so many of them extended values.
 template <int extended_count, int double_count>

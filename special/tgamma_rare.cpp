@@ -46,6 +46,8 @@ constexpr Extended double_sine[] = {
     0xBFEDEA124C68E704C5CB_ext, 0x3FF29BA38CFD59C8AA1D_ext, 0xBFF699C0B552303D5B21_ext,
     0x3FF9D63402E79A853175_ext, 0xBFFCC354723906DB36BA_ext, 0x3FFECFCE5A015E236291_ext};
 
+constexpr FactorTable blocks = _tgamma_A_table;
+
 struct OfDouble {
   using Element = double;
   using Work = long double;
@@ -56,7 +58,7 @@ struct OfDouble {
   static constexpr double large = 0x1p1000, small = 0x1p-1000;
 
   static long double scale() { return double_scale; }
-  static long double row(int k, long double z) { return factored(_tgamma_A_table[k], z); }
+  static long double row(int k, long double z) { return blocks.of[k](z); }
   static long double from_1_to_2(long double t, double x) {
     if (magnitude_bits(x) < Format<double>::implicit_bit) return 1;
     if (t < 1.25L) return power_series(_tgamma_A100_table, t - 1);

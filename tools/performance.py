@@ -131,36 +131,26 @@ def summary(rows, rivals):
     return [text + ".", ""]
 
 
-def speed_cells(r, digits):
-    return [
-        r["name"],
-        number(r["element"], digits),
-        r["rival"],
-        number(r.get("rival element"), digits),
-        number(r.get("ratio"), 2),
-        number(r.get("latency ratio"), 2),
-        number(r["latency"], 0),
-    ]
-
-
-def vector_table(rows, limits):
-    header = ["kernel", "ns/element", "SLEEF", "ns/element", "ratio", "latency ratio"]
-    header += ["latency, cycles", "cycles/call"]
-    header += [f"limit {model}" for model in limits]
+def speed_table(rows, unit, rival, digits, limits):
+    header = ["kernel", unit, rival, unit, "ratio", "latency ratio", "latency, cycles"]
+    header += ["cycles/call"] + [f"limit {model}" for model in limits]
     return table(
         header,
         [
-            speed_cells(r, 3)
-            + [number(r["cycles"], 1)]
+            [
+                r["name"],
+                number(r["element"], digits),
+                r["rival"],
+                number(r.get("rival element"), digits),
+                number(r.get("ratio"), 2),
+                number(r.get("latency ratio"), 2),
+                number(r["latency"], 0),
+                number(r["cycles"], 1),
+            ]
             + [number(column.get(r["name"]), 1) for column in limits.values()]
             for r in rows
         ],
     )
-
-
-def scalar_table(rows):
-    header = ["kernel", "ns", "C library", "ns", "ratio", "latency ratio", "latency, cycles"]
-    return table(header, [speed_cells(r, 2) for r in rows])
 
 
 def report(times, library, table_of, repetitions):
@@ -186,16 +176,16 @@ def report(times, library, table_of, repetitions):
         wide = [r for r in rows if table_of[PREFIX + r["name"]]["width"] > 1]
         narrow = [r for r in rows if table_of[PREFIX + r["name"]]["width"] == 1]
         limits = {}
-        if mca and wide and not (element == "half" and not half_is_native):
-            paths = {r["name"]: library.fast_path(PREFIX + r["name"]) for r in wide}
+        if mca and rows and not (element == "half" and not half_is_native):
+            paths = {r["name"]: library.fast_path(PREFIX + r["name"]) for r in rows}
             for model, title in port_limit.MODELS.items():
                 limits[title] = port_limit.limits(mca[0], paths, model)
         if wide:
             lines += [f"### {element}, one register", ""] + summary(wide, "SLEEF")
-            lines += vector_table(wide, limits) + [""]
+            lines += speed_table(wide, "ns/element", "SLEEF", 3, limits) + [""]
         if narrow:
             lines += [f"### {element}, one lane", ""] + summary(narrow, "the C library")
-            lines += scalar_table(narrow) + [""]
+            lines += speed_table(narrow, "ns", "C library", 2, limits) + [""]
     return lines
 
 

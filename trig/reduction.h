@@ -48,9 +48,6 @@ extern const ReductionBlock<double> __zorp_dsin_reduction_data;
 extern const ReductionBlock<float> __zorp_ssin_reduction_data;
 extern const CircleBlock<double> __zorp_dsin_data_ha;
 extern const CircleBlock<float> __zorp_scircle_data;
-// What the rare routines read: 2^200 x 4/pi in slices, and a circle of 64 steps.
-extern const Table<double, 50> __dsin_g_ReductionTab;
-extern const Table<double, 256> __dsin_g_CoutTab;
 }
 #pragma GCC visibility pop
 

@@ -1,4 +1,5 @@
 // The constants of the reduction of large angles. All families of an element type share them.
+#include "trig/pieces.h"
 #include "trig/reduction.h"
 #include "trig/reduction_tables.h"
 
@@ -34,6 +35,21 @@ constexpr auto and_a_quarter(const Table<T, n>& circle) {
   Table<T, n + n / 4> longer{};
   for (int i = 0; i < n + n / 4; ++i) longer.entry[i] = circle.entry[i % n];
   return longer;
+}
+
+constexpr SlicesTable slices_from_each() {
+  SlicesTable table{};
+  for (int first = 0; first < 9; ++first)
+    for (int i = 0; i < 48 && first + i < 50; ++i)
+      table.from[first].entry[i] = four_over_pi_pieces.entry[first + i];
+  return table;
+}
+
+/// One field of half a circle of 64 steps.
+constexpr Table<double, 32> coarse_field(int field) {
+  Table<double, 32> values{};
+  for (int j = 0; j < 32; ++j) values.entry[j] = circle_double_64.entry[4 * j + field];
+  return values;
 }
 
 }  // namespace
@@ -112,17 +128,49 @@ const CircleBlock<float> __zorp_scircle_data = {
     .q2 = 0x3D2AAA7C,
 };
 
-using Slices = Table<double, 50>;
-const Slices __dsin_g_ReductionTab = four_over_pi_pieces;
-ZORP_SAME_BLOCK(Slices, __dcos_g_ReductionTab, __dsin_g_ReductionTab);
-ZORP_SAME_BLOCK(Slices, __dsincos_g_ReductionTab, __dsin_g_ReductionTab);
-ZORP_SAME_BLOCK(Slices, __dsincosreg_g_ReductionTab, __dsin_g_ReductionTab);
-
-using CoarseCircle = Table<double, 256>;
-const CoarseCircle __dsin_g_CoutTab = circle_double_64;
-ZORP_SAME_BLOCK(CoarseCircle, __dcos_g_CoutTab, __dsin_g_CoutTab);
-ZORP_SAME_BLOCK(CoarseCircle, __dsincos_g__qaxdSinCosFullCoutTab, __dsin_g_CoutTab);
-ZORP_SAME_BLOCK(CoarseCircle, __dsincosreg_g__qaxdSinCosFullCoutTab, __dsin_g_CoutTab);
+const PiecesBlock __zorp_dsin_pieces_data = {
+    .four_over_pi = 0x3FF45F306DC9C883,
+    .integer_shift = 0x4330000000000000,
+    .q0 = 0x3FE921FA00000000,
+    .q1 = 0x3EA5444300000000,
+    .q2 = 0xBD373DCA00000000,
+    .q3 = 0xBBF3B39A00000000,
+    .q4 = 0x3A845C06E0E68948,
+    .least_parts = 0x4160000000000000,   // 2^23
+    .least_slices = 0x41D0000000000000,  // 2^30
+    .one = 0x3FF0000000000000,
+    .minus_one = 0xBFF0000000000000,
+    .scale = 0x0C80000000000000,
+    .upper_half = 0xFFFFFFFFF8000000,
+    .per_exponent = 83886,
+    .exponent_origin = 88248072,
+    .slice_bits = 25,
+    .turn_origin = 1090,
+    .integer_exponent = 1075,
+    .split = 0x4198000000000000,  // 1.5 x 2^26
+    .pi_4_high = 0x3FE921FB40000000,
+    .pi_4_low = 0x3E64442D18469899,
+    .inverse_step = 0x40245F306DC9C883,
+    .shift = 0x4338000000000000,
+    .step1 = 0x3FB921FB54400000,
+    .step2 = 0x3D90B4611A600000,
+    .step3 = 0x3B63198A2E037073,
+    .s1 = 0xBFC5555555555555,  // -1/3!
+    .s2 = 0x3F81111111111111,
+    .s3 = 0xBF2A01A01A01A01A,
+    .s4 = 0x3EC71DE3A556C734,
+    .k1 = 0xBFE0000000000000,  // -1/2!
+    .k2 = 0x3FA5555555555555,
+    .k3 = 0xBF56C16C16C16C17,
+    .k4 = 0x3EFA01A01A01A01A,
+};
+const SlicesTable __dsin_g_ReductionTab = slices_from_each();
+const HalfCircle __dsin_g_CoutTab = {
+    .c_rest = coarse_field(0),
+    .s_high = coarse_field(1),
+    .s_low = coarse_field(2),
+    .c_power = coarse_field(3),
+};
 
 }  // extern "C"
 }  // namespace zorp

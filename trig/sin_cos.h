@@ -6,12 +6,12 @@
 // and the last bit of the sum is the integer's parity, which is the sign of the result. The cosine
 // is a sine whose multiples of pi are odd halves.
 //
-// Beyond the range in which the parts of pi are good enough, float and the standard tier of double
-// take a second path through the circle, and half one through float arithmetic. The other tiers of
-// double leave large arguments to the rare routine; infinities and NaNs of double and float always
-// go there.
+// Beyond the range in which the parts of pi are good enough, double and float take a second path
+// through the circle (the reduced tiers of double one of their own), and half one through float
+// arithmetic. Infinities and NaNs of double and float go to the rare routine.
 #pragma once
 
+#include "trig/pieces.h"
 #include "trig/reduction.h"
 
 namespace zorp {
@@ -136,7 +136,9 @@ struct Sin {
       const V t = r * r;
       const V rs = negate_if_odd(r, y);
       const V result = fma(sine_polynomial4(t, k) * t, rs, rs);
-      return {x ^ a ^ result, compare<_CMP_NLE_UQ>(a, k.limit)};
+      return with_second_path(compare<_CMP_NLE_UQ>(a, k.limit), x, x ^ a ^ result, [&] {
+        return by_halves(x, [](auto half) { return pieces_sine(half); });
+      });
     }
   }
 
@@ -244,7 +246,9 @@ struct Cos {
       const V rs = negate_if_odd(r, y);
       V result = fma(t * rs, sine_polynomial4(t, k), rs);
       result = select(compare<_CMP_EQ_OQ>(w, pi_half), V(k.one), result);
-      return {result, compare<_CMP_NLE_UQ>(w & k.absmask, k.limit)};
+      return with_second_path(compare<_CMP_NLE_UQ>(w & k.absmask, k.limit), x, result, [&] {
+        return by_halves(x, [](auto half) { return pieces_cosine(half); });
+      });
     }
   }
 

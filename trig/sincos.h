@@ -4,14 +4,14 @@
 //
 // Double: r is x less the nearest multiple of pi, and the cosine is the sine of r -+ pi/2, which is
 // x less the half multiple of pi on r's side: two reductions of one n, one polynomial. Large
-// arguments take a second path through the circle in the standard tier, and the rare routine in the
-// others.
+// arguments take a second path through the circle, which is another one in the reduced tiers.
 // Float: r is x less the nearest multiple of pi/2; polynomials of their own for sine and cosine,
 // which the quadrant then puts in order. Large arguments are reduced in double arithmetic.
 // Half: in float arithmetic, two reductions and one polynomial.
 #pragma once
 
 #include "frame/conversions.h"
+#include "trig/pieces.h"
 #include "trig/reduction.h"
 
 namespace zorp {
@@ -81,16 +81,12 @@ struct Sincos {
     const V sine = s ^ parity ^ (x ^ a);
     const V cosine = select(classify<zeros>(x), V(k.one), c ^ side ^ parity ^ sign_mask<V>());
     const auto large = compare<_CMP_NLE_UQ>(a, k.limit);
-    if constexpr (tier == Tier::standard) {
-      if (any(large)) [[unlikely]] {
-        const auto [far_sine, far_cosine] = by_circle(a, rows(__zorp_dsin_data_ha));
-        return Outcome<V, V>{select(large, x ^ a ^ far_sine, sine),
-                             select(large, far_cosine, cosine), classify<infinities | nans>(x)};
-      }
-      return Outcome<V, V>{sine, cosine, {0}};
-    } else {
-      return Outcome<V, V>{sine, cosine, large};
+    if (any(large)) [[unlikely]] {
+      const auto far = far_from_zero<tier>(x, a);
+      return Outcome<V, V>{select(large, far.first, sine), select(large, far.second, cosine),
+                           classify<infinities | nans>(x)};
     }
+    return Outcome<V, V>{sine, cosine, {0}};
   }
 
   template <Tier, int N>
@@ -152,6 +148,24 @@ struct Sincos {
 
   template <int N>
   using SineCosine = Results<Vec<double, N>, Vec<double, N>>;
+  template <Tier tier, int N>
+  static SineCosine<N> far_from_zero(Vec<double, N> x, Vec<double, N> a) {
+    if constexpr (tier == Tier::standard) {
+      const auto [sine, cosine] = by_circle(a, rows(__zorp_dsin_data_ha));
+      return {x ^ a ^ sine, cosine};
+    } else {
+      return by_pieces(x);
+    }
+  }
+  template <int N>
+  static SineCosine<N> by_pieces(Vec<double, N> x) {
+    if constexpr (x.paired) {
+      const auto low = by_pieces(x.lo), high = by_pieces(x.hi);
+      return {{low.first, high.first}, {low.second, high.second}};
+    } else {
+      return pieces_sincos(x);
+    }
+  }
   /// Of magnitudes of any size.
   template <int N>
   static SineCosine<N> by_circle(Vec<double, N> a, const CircleBlock<double>& k) {

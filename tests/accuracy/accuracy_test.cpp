@@ -8,6 +8,8 @@
 #include <map>
 #include <sstream>
 
+#include "tests/support/digest.h"
+
 namespace zorp::test {
 namespace {
 
@@ -49,6 +51,15 @@ std::vector<Variant> measurable_variants() {
   return list;
 }
 
+/// Processors' estimates differ in their last bits, all with relative errors below 2^-14: where
+/// results depend on them, what exceeds half a unit may be twice what one processor showed.
+double largest_error(double measured, Variant variant, const Measurement& measurement) {
+  variant.tier = measurement.tiers.front();
+  const DigestRow* row = digest_row(variant);
+  const bool depends_on_estimates = row && !row->all;
+  return depends_on_estimates ? 0.5 + 2 * (measured - 0.5) : measured;
+}
+
 class Accuracy : public testing::TestWithParam<Variant> {};
 
 TEST_P(Accuracy, StaysWithinTheMeasuredErrors) {
@@ -61,7 +72,7 @@ TEST_P(Accuracy, StaysWithinTheMeasuredErrors) {
                             tier_names(measurement.tiers);
     const auto limit = limits.find(row);
     ASSERT_NE(limit, limits.end()) << "docs/accuracy.md has no row for " << row;
-    EXPECT_LE(measurement.worst_error, limit->second.error)
+    EXPECT_LE(measurement.worst_error, largest_error(limit->second.error, variant, measurement))
         << row << " at " << describe(measurement.worst_operands, *variant.family, variant.element)
         << ": " << hex(measurement.worst_result);
     EXPECT_LE(measurement.wrong_specials, limit->second.wrong_specials)

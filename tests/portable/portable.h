@@ -21,7 +21,7 @@ struct Entry {
 }  // namespace zorp::portable
 
 /// Sets the number of bits that the estimates of reciprocals have: 14, but for telling the kernels
-/// that depend on it.
+/// that depend on it; 0 for the processor's own, if it has AVX-512.
 extern "C" [[gnu::visibility("default")]] void zorp_portable_set_estimate_bits(int bits);
 
 /// The function of the kernel with that name, or nullptr. The widths that are there: 1 and the

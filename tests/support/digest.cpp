@@ -36,7 +36,8 @@ Bits operand(Lane lane, std::uint64_t number, std::uint64_t which) {
   }
 }
 
-/// Lines "exp double default 65536 beginning's-digest 10000000 digest", or "... estimates".
+/// Lines "exp double default 65536 beginning's-digest 10000000 digest", or "... estimates" for the
+/// last two.
 std::map<std::string, DigestRow> read_table() {
   std::map<std::string, DigestRow> rows;
   std::ifstream table(ZORP_DIGEST_TABLE);
@@ -45,10 +46,9 @@ std::map<std::string, DigestRow> read_table() {
     std::string family, type, tier;
     words >> family >> type >> tier;
     DigestRow& row = rows[family + ' ' + type + ' ' + tier];
-    Digest beginning, all;
-    if (words >> beginning.operands >> std::hex >> beginning.value >> std::dec >> all.operands >>
-        std::hex >> all.value)
-      row = {beginning, all};
+    words >> row.beginning.operands >> std::hex >> row.beginning.value >> std::dec;
+    Digest all;
+    if (words >> all.operands >> std::hex >> all.value) row.all = all;
   }
   return rows;
 }

@@ -16,10 +16,12 @@ struct Digest {
   std::uint64_t value;
 };
 
-/// What stands in the table for an algorithm: digests over a beginning of the operands and over all
-/// of them, or nothing where results depend on the processor's own estimates.
+/// What stands in the table for an algorithm: digests of the portable build over a beginning of the
+/// operands and over all of them. All only if results don't depend on estimates, which are the
+/// processor's own in the library.
 struct DigestRow {
-  std::optional<Digest> beginning, all;
+  Digest beginning;
+  std::optional<Digest> all;
 };
 
 /// "exp double default": the row of a variant's algorithm, named after the tier that others share.

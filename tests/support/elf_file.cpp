@@ -36,13 +36,14 @@ std::vector<Elf64_Dyn> ElfFile::dynamic() const {
   return list;
 }
 
-std::string_view ElfFile::dynamic_string(Elf64_Sxword tag) const {
+std::vector<std::string_view> ElfFile::dynamic_strings(Elf64_Sxword tag) const {
+  std::vector<std::string_view> list;
   for (const Elf64_Dyn& entry : dynamic())
     if (entry.d_tag == tag) {
       const Elf64_Shdr& strings = sections()[section_of_type(SHT_DYNAMIC)->sh_link];
-      return contents<char>(strings).data() + entry.d_un.d_val;
+      list.push_back(contents<char>(strings).data() + entry.d_un.d_val);
     }
-  return {};
+  return list;
 }
 
 std::vector<ElfFile::Symbol> ElfFile::symbols(Elf64_Word section_type) const {

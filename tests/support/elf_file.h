@@ -26,8 +26,8 @@ class ElfFile {
   std::span<const Elf64_Phdr> segments() const;
   std::string_view name(const Elf64_Shdr& section) const;
   std::vector<Elf64_Dyn> dynamic() const;
-  /// The string of the first dynamic entry with that tag, or nothing.
-  std::string_view dynamic_string(Elf64_Sxword tag) const;
+  /// The strings of the dynamic entries with that tag.
+  std::vector<std::string_view> dynamic_strings(Elf64_Sxword tag) const;
   /// The symbols of .dynsym or .symtab, by section type.
   std::vector<Symbol> symbols(Elf64_Word section_type) const;
   /// The bytes from a virtual address to the end of its section; empty if none holds them.

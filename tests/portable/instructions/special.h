@@ -298,7 +298,7 @@ inline double fix_up(double otherwise, double v, int64_t table) {
 }
 
 /// How many bits the estimates have. Kernels whose results change with it depend on the processor's
-/// own estimates, and so differ from the library's here.
+/// own estimates, and so differ from the library's here; 0 asks for these.
 inline thread_local constinit int estimate_bits = 14;
 
 /// v rounded to 14 bits after the point of its significand: an estimate as good as the processor's,
@@ -321,8 +321,25 @@ inline T composed(double m, int n, bool minus) {
     return Number<T>::from_bits(sign | Bits(exponent) << Number<T>::fraction_bits | fraction);
   return Number<T>::from_bits(sign | (fraction | Number<T>::implicit) >> (1 - exponent));
 }
+inline double own_reciprocal14(double v) {
+  asm("vrcp14sd %0, %0, %0" : "+x"(v));
+  return v;
+}
+inline float own_reciprocal14(float v) {
+  asm("vrcp14ss %0, %0, %0" : "+x"(v));
+  return v;
+}
+inline double own_reciprocal_root14(double v) {
+  asm("vrsqrt14sd %0, %0, %0" : "+x"(v));
+  return v;
+}
+inline float own_reciprocal_root14(float v) {
+  asm("vrsqrt14ss %0, %0, %0" : "+x"(v));
+  return v;
+}
 template <class T>
 inline T reciprocal14(T v) {
+  if (estimate_bits == 0) return own_reciprocal14(v);
   const Number<T> x(v);
   if (x.nan()) return x.quieted();
   if (x.infinite()) return x.zero(x.negative());
@@ -333,6 +350,7 @@ inline T reciprocal14(T v) {
 }
 template <class T>
 inline T reciprocal_root14(T v) {
+  if (estimate_bits == 0) return own_reciprocal_root14(v);
   const Number<T> x(v);
   if (x.nan()) return x.quieted();
   if (x.zero()) return x.infinity(x.negative());
