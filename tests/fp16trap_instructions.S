@@ -36,17 +36,48 @@ fp16trap_instructions:
     entry \op zmm14{k1}, zmm11, word ptr [rdx+r10+0x20]{1to32} \more
     .endm
 
+// One source: `to` and `from` are the registers of results and operands at 512, 256, 128 bits, then
+// their sizes in memory, that of a lane and the number of lanes.
+
+    .macro one_source op, to5, to2, to1, from5, from2, from1, size5, size2, size1, lane, n5, n2, n1, \
+                      more:vararg
+    entry \op \to5\()1, \from5\()3 \more
+    entry \op \to5\()25{k1}, \from5\()13 \more
+    entry \op \to2\()9{k2}{z}, \from2\()20 \more
+    entry \op \to1\()17{k3}, \from1\()30 \more
+    entry \op \to5\()5{k4}{z}, \size5 ptr [rax+0x80] \more
+    entry \op \to2\()26{k5}, \size2 ptr [r12+r9*2-0x60] \more
+    entry \op \to1\()7, \size1 ptr [rip+fp16trap_memory+16] \more
+    entry \op \to1\()8{k6}, \lane ptr [rbp+rcx*4+8]{1to\n1} \more
+    entry \op \to2\()19{k7}{z}, \lane ptr [r13+0x123]{1to\n2} \more
+    entry \op \to5\()14{k1}, \lane ptr [rdx+r10+0x20]{1to\n5} \more
+    .endm
     .macro packed1 op, more:vararg
-    entry \op zmm1, zmm3 \more
-    entry \op zmm25{k1}, zmm13 \more
-    entry \op ymm9{k2}{z}, ymm20 \more
-    entry \op xmm17{k3}, xmm30 \more
-    entry \op zmm5{k4}{z}, zmmword ptr [rax+0x80] \more
-    entry \op ymm26{k5}, ymmword ptr [r12+r9*2-0x60] \more
-    entry \op xmm7, xmmword ptr [rip+fp16trap_memory+16] \more
-    entry \op xmm8{k6}, word ptr [rbp+rcx*4+6]{1to8} \more
-    entry \op ymm19{k7}{z}, word ptr [r13+0x123]{1to16} \more
-    entry \op zmm14{k1}, word ptr [rdx+r10+0x20]{1to32} \more
+    one_source \op, zmm, ymm, xmm, zmm, ymm, xmm, zmmword, ymmword, xmmword, word, 32, 16, 8, \more
+    .endm
+    .macro widening2 op
+    one_source \op, zmm, ymm, xmm, ymm, xmm, xmm, ymmword, xmmword, qword, word, 16, 8, 4
+    entry \op xmm7, qword ptr [rdi+0x38]
+    .endm
+    .macro widening4 op
+    one_source \op, zmm, ymm, xmm, xmm, xmm, xmm, xmmword, qword, dword, word, 8, 4, 2
+    entry \op xmm7, dword ptr [rdi+0x34]
+    .endm
+    .macro narrowing2 op
+    one_source \op, ymm, xmm, xmm, zmm, ymm, xmm, zmmword, ymmword, xmmword, dword, 16, 8, 4
+    modes \op ymm21{k1}, zmm12
+    .endm
+    .macro narrowing4 op
+    one_source \op, xmm, xmm, xmm, zmm, ymm, xmm, zmmword, ymmword, xmmword, qword, 8, 4, 2
+    modes \op xmm21{k1}, zmm12
+    .endm
+
+// An instruction in all static modes.
+
+    .macro modes text:vararg
+    .irp mode, rn, rd, ru, rz
+    entry \text, {\mode\()-sae}
+    .endr
     .endm
 
     .macro scalar op, size=word, more:vararg
@@ -60,9 +91,7 @@ fp16trap_instructions:
     .endm
 
     .macro rounded2 op, register=zmm
-    .irp mode, rn, rd, ru, rz
-    entry \op \register\()21{k1}, \register\()12, \register\()27, {\mode\()-sae}
-    .endr
+    modes \op \register\()21{k1}, \register\()12, \register\()27
     entry \op \register\()2{k3}{z}, \register\()17, \register\()4, {ru-sae}
     .endm
 
@@ -86,9 +115,7 @@ fp16trap_instructions:
     scalar \op
     .endr
     packed1 vsqrtph
-    .irp mode, rn, rd, ru, rz
-    entry vsqrtph zmm21{k1}, zmm12, {\mode\()-sae}
-    .endr
+    modes vsqrtph zmm21{k1}, zmm12
     packed1 vgetexpph
     entry vgetexpph zmm21{k1}, zmm12, {sae}
     packed1 vrcpph
@@ -173,61 +200,6 @@ fp16trap_instructions:
 
 // Conversions between floating-point types.
 
-    .macro widening2 op
-    entry \op zmm1, ymm3
-    entry \op zmm25{k1}, ymm13
-    entry \op ymm9{k2}{z}, xmm20
-    entry \op xmm17{k3}, xmm30
-    entry \op zmm5{k4}{z}, ymmword ptr [rax+0x80]
-    entry \op ymm26{k5}, xmmword ptr [r12+r9*2-0x60]
-    entry \op xmm7, qword ptr [rip+fp16trap_memory+16]
-    entry \op xmm7, qword ptr [rdi+0x38]
-    entry \op xmm8{k6}, word ptr [rbp+rcx*4+6]{1to4}
-    entry \op zmm14{k1}, word ptr [rdx+r10+0x20]{1to16}
-    .endm
-    .macro widening4 op
-    entry \op zmm1, xmm3
-    entry \op zmm25{k1}, xmm13
-    entry \op ymm9{k2}{z}, xmm20
-    entry \op xmm17{k3}, xmm30
-    entry \op zmm5{k4}{z}, xmmword ptr [rax+0x80]
-    entry \op ymm26{k5}, qword ptr [r12+r9*2-0x60]
-    entry \op xmm7, dword ptr [rip+fp16trap_memory+16]
-    entry \op xmm7, dword ptr [rdi+0x34]
-    entry \op xmm8{k6}, word ptr [rbp+rcx*4+6]{1to2}
-    entry \op zmm14{k1}, word ptr [rdx+r10+0x20]{1to8}
-    .endm
-    .macro narrowing2 op
-    entry \op ymm1, zmm3
-    entry \op ymm25{k1}, zmm13
-    entry \op xmm9{k2}{z}, ymm20
-    entry \op xmm17{k3}, xmm30
-    entry \op ymm5{k4}{z}, zmmword ptr [rax+0x80]
-    entry \op xmm26{k5}, ymmword ptr [r12+r9*2-0x60]
-    entry \op xmm7, xmmword ptr [rip+fp16trap_memory+16]
-    entry \op xmm8{k6}, dword ptr [rbp+rcx*4+8]{1to4}
-    entry \op xmm8{k6}, dword ptr [rbp+rcx*4+8]{1to8}
-    entry \op ymm14{k1}, dword ptr [rdx+r10+0x20]{1to16}
-    .irp mode, rn, rd, ru, rz
-    entry \op ymm21{k1}, zmm12, {\mode\()-sae}
-    .endr
-    .endm
-    .macro narrowing4 op
-    entry \op xmm1, zmm3
-    entry \op xmm25{k1}, zmm13
-    entry \op xmm9{k2}{z}, ymm20
-    entry \op xmm17{k3}, xmm30
-    entry \op xmm5{k4}{z}, zmmword ptr [rax+0x80]
-    entry \op xmm26{k5}, ymmword ptr [r12+r9*2-0x60]
-    entry \op xmm7, xmmword ptr [rip+fp16trap_memory+16]
-    entry \op xmm8{k6}, qword ptr [rbp+rcx*4+8]{1to2}
-    entry \op xmm8{k6}, qword ptr [rbp+rcx*4+8]{1to4}
-    entry \op xmm14{k1}, qword ptr [rdx+r10+0x20]{1to8}
-    .irp mode, rn, rd, ru, rz
-    entry \op xmm21{k1}, zmm12, {\mode\()-sae}
-    .endr
-    .endm
-
     widening2 vcvtph2psx
     entry vcvtph2psx zmm21{k1}, ymm12, {sae}
     widening4 vcvtph2pd
@@ -247,9 +219,7 @@ fp16trap_instructions:
 
     .irp op, vcvtph2w, vcvtph2uw, vcvtw2ph, vcvtuw2ph
     packed1 \op
-    .irp mode, rn, rd, ru, rz
-    entry \op zmm21{k1}, zmm12, {\mode\()-sae}
-    .endr
+    modes \op zmm21{k1}, zmm12
     .endr
     .irp op, vcvttph2w, vcvttph2uw
     packed1 \op
@@ -257,9 +227,7 @@ fp16trap_instructions:
     .endr
     .irp op, vcvtph2dq, vcvtph2udq
     widening2 \op
-    .irp mode, rn, rd, ru, rz
-    entry \op zmm21{k1}, ymm12, {\mode\()-sae}
-    .endr
+    modes \op zmm21{k1}, ymm12
     .endr
     .irp op, vcvttph2dq, vcvttph2udq
     widening2 \op
@@ -267,9 +235,7 @@ fp16trap_instructions:
     .endr
     .irp op, vcvtph2qq, vcvtph2uqq
     widening4 \op
-    .irp mode, rn, rd, ru, rz
-    entry \op zmm21{k1}, xmm12, {\mode\()-sae}
-    .endr
+    modes \op zmm21{k1}, xmm12
     .endr
     .irp op, vcvttph2qq, vcvttph2uqq
     widening4 \op
@@ -287,10 +253,8 @@ fp16trap_instructions:
     entry \op rbx, word ptr [rdx+0x42]
     .endr
     .irp op, vcvtsh2si, vcvtsh2usi
-    .irp mode, rn, rd, ru, rz
-    entry \op edi, xmm14, {\mode\()-sae}
-    entry \op r15, xmm23, {\mode\()-sae}
-    .endr
+    modes \op edi, xmm14
+    modes \op r15, xmm23
     .endr
     .irp op, vcvttsh2si, vcvttsh2usi
     entry \op edi, xmm14, {sae}
@@ -301,10 +265,8 @@ fp16trap_instructions:
     entry \op xmm21, xmm28, r11
     entry \op xmm9, xmm9, dword ptr [rdx+0x48]
     entry \op xmm9, xmm19, qword ptr [rdx+0x48]
-    .irp mode, rn, rd, ru, rz
-    entry \op xmm17, xmm5, r14d, {\mode\()-sae}
-    entry \op xmm7, xmm25, rsi, {\mode\()-sae}
-    .endr
+    modes \op xmm17, xmm5, r14d
+    modes \op xmm7, xmm25, rsi
     .endr
 
 // Moves.

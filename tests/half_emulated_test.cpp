@@ -72,14 +72,7 @@ std::vector<Setting> all_settings() {
 
 // ---- Running an operation
 
-/// Lanes as an operand of an operation. A lane's bytes are those of the element.
-template <class V>
-V packed(const uint64_t* lanes, int bytes) {
-  V v;
-  for (size_t i = 0; i < sizeof v / bytes; ++i)
-    std::memcpy(reinterpret_cast<char*>(&v) + i * bytes, lanes + i, bytes);
-  return v;
-}
+/// The lanes of a result. A lane's bytes are those of the element.
 template <class V>
 void unpack(const V& v, int bytes, uint64_t* lanes, size_t count) {
   for (size_t i = 0; i < count; ++i) {
@@ -105,9 +98,10 @@ struct Shape {
 
   template <uint64_t Lane::*operand>
   static V load(const Lane* in) {
-    uint64_t bits[lanes];
-    for (int i = 0; i < lanes; ++i) bits[i] = in[i].*operand;
-    return packed<V>(bits, from);
+    V v;
+    for (int i = 0; i < lanes; ++i)
+      std::memcpy(reinterpret_cast<char*>(&v) + i * from, &(in[i].*operand), from);
+    return v;
   }
 
   template <Rounding mode, class Operation>
@@ -326,7 +320,7 @@ TEST(HalfEmulated, FusedOperations) {
       "fnms", o, []<Rounding m>(V a, V b, V c) { return emulated::fnms<m>(a, b, c); }, model::fnms);
 }
 
-TEST(HalfEmulated, OperationsOfOneMode) {
+TEST(HalfEmulated, RootsExponentsExtrema) {
   const std::vector<Setting> nearest = static_settings(rn);
   check(
       "sqrt", all_halves(), []<Rounding m>(V a) { return emulated::sqrt<m>(a); }, model::sqrt);

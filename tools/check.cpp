@@ -33,6 +33,7 @@
 
 #include "export/grammar.h"
 #include "tests/portable/portable.h"
+#include "tests/support/operands.h"
 #include "tests/values/conversions.h"
 
 namespace zorp::test {
@@ -113,12 +114,7 @@ Operands one_and_infinity(uint64_t index) { return {uint32_t(index), bits(INFINI
 /// Any two numbers, or a divisor of any size and a dividend at a multiple of it or one beside.
 template <bool is_signed>
 Operands division(uint64_t index) {
-  auto random = [state = index * 4]() mutable {  // splitmix64
-    uint64_t z = ++state * 0x9E3779B97F4A7C15;
-    z = (z ^ z >> 30) * 0xBF58476D1CE4E5B9;
-    z = (z ^ z >> 27) * 0x94D049BB133111EB;
-    return uint32_t(z >> 32);
-  };
+  auto random = [state = 4 * index]() mutable { return uint32_t(scramble(state++)); };
   if (index % 2) return {random(), random()};
   const uint32_t word = random(), b = random() >> (word & 31);
   const uint32_t limit = is_signed ? 0x80000000 : 0xFFFFFFFF;

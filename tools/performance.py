@@ -131,40 +131,17 @@ def summary(rows, rivals):
     return [text + ".", ""]
 
 
-def vector_table(rows, limits):
-    header = ["kernel", "ns/element", "SLEEF", "ns/element", "ratio", "latency ratio"]
-    header += ["latency, cycles", "cycles/call"]
-    header += [f"limit {model}" for model in limits]
-    return table(
-        header,
-        [
-            [
-                r["name"],
-                number(r["element"], 3),
-                r["rival"],
-                number(r.get("rival element"), 3),
-                number(r.get("ratio"), 2),
-                number(r.get("latency ratio"), 2),
-                number(r["latency"], 0),
-                number(r["cycles"], 1),
-            ]
-            + [number(column.get(r["name"]), 1) for column in limits.values()]
-            for r in rows
-        ],
-    )
-
-
-def scalar_table(rows, limits):
-    header = ["kernel", "ns", "C library", "ns", "ratio", "latency ratio", "latency, cycles"]
+def speed_table(rows, unit, rival, digits, limits):
+    header = ["kernel", unit, rival, unit, "ratio", "latency ratio", "latency, cycles"]
     header += ["cycles/call"] + [f"limit {model}" for model in limits]
     return table(
         header,
         [
             [
                 r["name"],
-                number(r["element"], 2),
+                number(r["element"], digits),
                 r["rival"],
-                number(r.get("rival element"), 2),
+                number(r.get("rival element"), digits),
                 number(r.get("ratio"), 2),
                 number(r.get("latency ratio"), 2),
                 number(r["latency"], 0),
@@ -205,10 +182,10 @@ def report(times, library, table_of, repetitions):
                 limits[title] = port_limit.limits(mca[0], paths, model)
         if wide:
             lines += [f"### {element}, one register", ""] + summary(wide, "SLEEF")
-            lines += vector_table(wide, limits) + [""]
+            lines += speed_table(wide, "ns/element", "SLEEF", 3, limits) + [""]
         if narrow:
             lines += [f"### {element}, one lane", ""] + summary(narrow, "the C library")
-            lines += scalar_table(narrow, limits) + [""]
+            lines += speed_table(narrow, "ns", "C library", 2, limits) + [""]
     return lines
 
 

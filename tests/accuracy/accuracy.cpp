@@ -11,14 +11,6 @@
 namespace zorp::test {
 namespace {
 
-/// A scrambled function of its argument (splitmix64).
-std::uint64_t scramble(std::uint64_t x) {
-  x += 0x9e3779b97f4a7c15;
-  x = (x ^ x >> 30) * 0xbf58476d1ce4e5b9;
-  x = (x ^ x >> 27) * 0x94d049bb133111eb;
-  return x ^ x >> 31;
-}
-
 /// The neighbourhoods of special values, of the ends of the range, of small multiples of 1/2.
 std::vector<Bits> structured_operands(const Reference& reference, Element element) {
   constexpr int kNeighbours = 32;

@@ -1,6 +1,7 @@
 #include "operations.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <iterator>
 #include <utility>
@@ -302,6 +303,21 @@ constexpr auto truncating =
 using enum Form;
 constexpr int8_t either = -1;
 
+/// The fused operations in one order of operands: their opcodes follow `opcode`.
+template <int digits>
+constexpr std::array<Instruction, 10> fused_instructions(uint8_t opcode) {
+  const auto at = [opcode](Form form, int offset, void (*compute)(Work&)) {
+    return Instruction{form, map_6, p66, 0, uint8_t(opcode + offset), 2, 2, compute};
+  };
+  return {at(packed, 6, fused<digits, maddsub>), at(packed, 7, fused<digits, msubadd>),
+          at(packed, 8, fused<digits, madd>),    at(scalar, 9, fused<digits, madd>),
+          at(packed, 10, fused<digits, msub>),   at(scalar, 11, fused<digits, msub>),
+          at(packed, 12, fused<digits, nmadd>),  at(scalar, 13, fused<digits, nmadd>),
+          at(packed, 14, fused<digits, nmsub>),  at(scalar, 15, fused<digits, nmsub>)};
+}
+constexpr std::array fused_orders = {fused_instructions<132>(0x90), fused_instructions<213>(0xa0),
+                                     fused_instructions<231>(0xb0)};
+
 constexpr Instruction instructions[] = {
     // Arithmetic.
     {packed, map_5, np, 0, 0x51, 2, 2, unary<sqrt>},
@@ -332,37 +348,6 @@ constexpr Instruction instructions[] = {
     {scalar, map_3a, np, 0, 0x27, 2, 2, unary_immediate<significand>},
     {packed, map_3a, np, 0, 0x56, 2, 2, round_immediate<reduce>},
     {scalar, map_3a, np, 0, 0x57, 2, 2, round_immediate<reduce>},
-    // Fused operations.
-    {packed, map_6, p66, 0, 0x96, 2, 2, fused<132, maddsub>},
-    {packed, map_6, p66, 0, 0x97, 2, 2, fused<132, msubadd>},
-    {packed, map_6, p66, 0, 0x98, 2, 2, fused<132, madd>},
-    {scalar, map_6, p66, 0, 0x99, 2, 2, fused<132, madd>},
-    {packed, map_6, p66, 0, 0x9a, 2, 2, fused<132, msub>},
-    {scalar, map_6, p66, 0, 0x9b, 2, 2, fused<132, msub>},
-    {packed, map_6, p66, 0, 0x9c, 2, 2, fused<132, nmadd>},
-    {scalar, map_6, p66, 0, 0x9d, 2, 2, fused<132, nmadd>},
-    {packed, map_6, p66, 0, 0x9e, 2, 2, fused<132, nmsub>},
-    {scalar, map_6, p66, 0, 0x9f, 2, 2, fused<132, nmsub>},
-    {packed, map_6, p66, 0, 0xa6, 2, 2, fused<213, maddsub>},
-    {packed, map_6, p66, 0, 0xa7, 2, 2, fused<213, msubadd>},
-    {packed, map_6, p66, 0, 0xa8, 2, 2, fused<213, madd>},
-    {scalar, map_6, p66, 0, 0xa9, 2, 2, fused<213, madd>},
-    {packed, map_6, p66, 0, 0xaa, 2, 2, fused<213, msub>},
-    {scalar, map_6, p66, 0, 0xab, 2, 2, fused<213, msub>},
-    {packed, map_6, p66, 0, 0xac, 2, 2, fused<213, nmadd>},
-    {scalar, map_6, p66, 0, 0xad, 2, 2, fused<213, nmadd>},
-    {packed, map_6, p66, 0, 0xae, 2, 2, fused<213, nmsub>},
-    {scalar, map_6, p66, 0, 0xaf, 2, 2, fused<213, nmsub>},
-    {packed, map_6, p66, 0, 0xb6, 2, 2, fused<231, maddsub>},
-    {packed, map_6, p66, 0, 0xb7, 2, 2, fused<231, msubadd>},
-    {packed, map_6, p66, 0, 0xb8, 2, 2, fused<231, madd>},
-    {scalar, map_6, p66, 0, 0xb9, 2, 2, fused<231, madd>},
-    {packed, map_6, p66, 0, 0xba, 2, 2, fused<231, msub>},
-    {scalar, map_6, p66, 0, 0xbb, 2, 2, fused<231, msub>},
-    {packed, map_6, p66, 0, 0xbc, 2, 2, fused<231, nmadd>},
-    {scalar, map_6, p66, 0, 0xbd, 2, 2, fused<231, nmadd>},
-    {packed, map_6, p66, 0, 0xbe, 2, 2, fused<231, nmsub>},
-    {scalar, map_6, p66, 0, 0xbf, 2, 2, fused<231, nmsub>},
     // Complex numbers.
     {packed, map_6, pf3, 0, 0x56, 4, 4, ternary<complex_madd<false>>},
     {scalar, map_6, pf3, 0, 0x57, 4, 4, ternary<complex_madd<false>>},
@@ -429,11 +414,13 @@ constexpr Instruction instructions[] = {
 }  // namespace
 
 const Instruction* find_instruction(const Evex& code) {
-  const auto found =
-      std::find_if(std::begin(instructions), std::end(instructions), [&](const Instruction& i) {
-        return i.map == code.map && i.opcode == code.opcode && i.prefix == code.prefix &&
-               (i.w == either || i.w == code.w);
-      });
+  const auto fits = [&code](const Instruction& i) {
+    return i.map == code.map && i.opcode == code.opcode && i.prefix == code.prefix &&
+           (i.w == either || i.w == code.w);
+  };
+  for (const auto& order : fused_orders)
+    if (const auto found = std::ranges::find_if(order, fits); found != order.end()) return found;
+  const auto found = std::ranges::find_if(instructions, fits);
   return found == std::end(instructions) ? nullptr : found;
 }
 

@@ -7,17 +7,10 @@
 #include <sstream>
 
 #include "tests/support/caller.h"
+#include "tests/support/operands.h"
 
 namespace zorp::test {
 namespace {
-
-/// A scrambled function of its argument (splitmix64).
-std::uint64_t scramble(std::uint64_t x) {
-  x += 0x9e3779b97f4a7c15;
-  x = (x ^ x >> 30) * 0xbf58476d1ce4e5b9;
-  x = (x ^ x >> 27) * 0x94d049bb133111eb;
-  return x ^ x >> 31;
-}
 
 /// Operands that depend on their number alone: any bits, and so every exponent; the exponents
 /// around 1; values even between powers of two, where most functions have their thresholds.

@@ -87,6 +87,13 @@ std::vector<Tuple> special_tuples(const std::vector<Lane>& lanes, std::size_t si
 
 }  // namespace
 
+std::uint64_t scramble(std::uint64_t x) {
+  x += 0x9e3779b97f4a7c15;
+  x = (x ^ x >> 30) * 0xbf58476d1ce4e5b9;
+  x = (x ^ x >> 27) * 0x94d049bb133111eb;
+  return x ^ x >> 31;
+}
+
 std::vector<Bits> specials(Lane lane) {
   return is_float(lane) ? float_specials(format(lane)) : integer_specials(lane);
 }

@@ -11,6 +11,9 @@ namespace zorp::test {
 /// The operands of one lane; unused places are zero.
 using Tuple = std::array<Bits, 3>;
 
+/// A scrambled function of its argument (splitmix64).
+std::uint64_t scramble(std::uint64_t x);
+
 /// Every kind of special value and the numbers around it, of both signs.
 std::vector<Bits> specials(Lane lane);
 /// Random mantissas under every exponent, of both signs. Floating-point lanes only.

@@ -22,6 +22,11 @@ class Stem {
   void add(Element element, double operand, std::array<Bits, 4> results) {
     add(element, encode(element, operand), results);
   }
+  void at(Bits operand, Element element, double nearest, double down, double up, double zero) {
+    add(element, operand,
+        {encode(element, nearest), encode(element, down), encode(element, up),
+         encode(element, zero)});
+  }
   void all(Element element, double operand, Bits result) {
     add(element, operand, {result, result, result, result});
   }
@@ -103,51 +108,39 @@ Stem to_unsigned(int size, bool saturates) {
 
 Stem from_32(bool is_signed) {
   Stem stem(is_signed ? "cvti32tofp" : "cvtu32tofp");
-  auto at = [&](Bits operand, Element element, double nearest, double down, double up,
-                double zero) {
-    stem.add(element, operand,
-             {encode(element, nearest), encode(element, down), encode(element, up),
-              encode(element, zero)});
-  };
-  for (Element element : {Element::f64, Element::f32}) at(0, element, 0, 0, 0, 0);
-  at(16777217, Element::f32, 16777216, 16777216, 16777218, 16777216);
-  at(16777219, Element::f32, 16777220, 16777218, 16777220, 16777218);
-  at(16777217, Element::f64, 16777217, 16777217, 16777217, 16777217);
+  for (Element element : {Element::f64, Element::f32}) stem.at(0, element, 0, 0, 0, 0);
+  stem.at(16777217, Element::f32, 16777216, 16777216, 16777218, 16777216);
+  stem.at(16777219, Element::f32, 16777220, 16777218, 16777220, 16777218);
+  stem.at(16777217, Element::f64, 16777217, 16777217, 16777217, 16777217);
   if (is_signed) {
-    at(Bits(-16777217) & kAll32, Element::f32, -16777216, -16777218, -16777216, -16777216);
+    stem.at(Bits(-16777217) & kAll32, Element::f32, -16777216, -16777218, -16777216, -16777216);
     for (Element element : {Element::f64, Element::f32})
-      at(kTop32, element, -0x1p31, -0x1p31, -0x1p31, -0x1p31);
-    at(kAll32, Element::f64, -1, -1, -1, -1);
+      stem.at(kTop32, element, -0x1p31, -0x1p31, -0x1p31, -0x1p31);
+    stem.at(kAll32, Element::f64, -1, -1, -1, -1);
   } else {
-    at(kAll32, Element::f32, 0x1p32, 0xffffff00, 0x1p32, 0xffffff00);
-    at(kAll32, Element::f64, 4294967295.0, 4294967295.0, 4294967295.0, 4294967295.0);
+    stem.at(kAll32, Element::f32, 0x1p32, 0xffffff00, 0x1p32, 0xffffff00);
+    stem.at(kAll32, Element::f64, 4294967295.0, 4294967295.0, 4294967295.0, 4294967295.0);
   }
   return stem;
 }
 
 Stem from_64(bool is_signed) {
   Stem stem(is_signed ? "cvti64tofp" : "cvtu64tofp");
-  auto at = [&](Bits operand, Element element, double nearest, double down, double up,
-                double zero) {
-    stem.add(element, operand,
-             {encode(element, nearest), encode(element, down), encode(element, up),
-              encode(element, zero)});
-  };
-  for (Element element : {Element::f64, Element::f32}) at(0, element, 0, 0, 0, 0);
-  at((Bits{1} << 53) + 1, Element::f64, 0x1p53, 0x1p53, 0x1p53 + 2, 0x1p53);
+  for (Element element : {Element::f64, Element::f32}) stem.at(0, element, 0, 0, 0, 0);
+  stem.at((Bits{1} << 53) + 1, Element::f64, 0x1p53, 0x1p53, 0x1p53 + 2, 0x1p53);
   // A tie, a tie lifted by the lowest bit, a tie to an odd neighbour.
   const Bits tie = (Bits{1} << 47) + (Bits{1} << 23);
   const double next = 0x1p47 + 0x1p24;
-  at(tie, Element::f32, 0x1p47, 0x1p47, next, 0x1p47);
-  at(tie + 1, Element::f32, next, 0x1p47, next, 0x1p47);
-  at(tie + (Bits{2} << 23), Element::f32, 0x1p47 + 0x1p25, next, 0x1p47 + 0x1p25, next);
+  stem.at(tie, Element::f32, 0x1p47, 0x1p47, next, 0x1p47);
+  stem.at(tie + 1, Element::f32, next, 0x1p47, next, 0x1p47);
+  stem.at(tie + (Bits{2} << 23), Element::f32, 0x1p47 + 0x1p25, next, 0x1p47 + 0x1p25, next);
   if (is_signed) {
-    at(0 - ((Bits{1} << 53) + 1), Element::f64, -0x1p53, -0x1p53 - 2, -0x1p53, -0x1p53);
+    stem.at(0 - ((Bits{1} << 53) + 1), Element::f64, -0x1p53, -0x1p53 - 2, -0x1p53, -0x1p53);
     for (Element element : {Element::f64, Element::f32})
-      at(kTop64, element, -0x1p63, -0x1p63, -0x1p63, -0x1p63);
+      stem.at(kTop64, element, -0x1p63, -0x1p63, -0x1p63, -0x1p63);
   } else {
-    at(kAll64, Element::f32, 0x1p64, 0x1p64 - 0x1p40, 0x1p64, 0x1p64 - 0x1p40);
-    at(kAll64, Element::f64, 0x1p64, 0x1p64 - 0x1p11, 0x1p64, 0x1p64 - 0x1p11);
+    stem.at(kAll64, Element::f32, 0x1p64, 0x1p64 - 0x1p40, 0x1p64, 0x1p64 - 0x1p40);
+    stem.at(kAll64, Element::f64, 0x1p64, 0x1p64 - 0x1p11, 0x1p64, 0x1p64 - 0x1p11);
   }
   return stem;
 }
