@@ -180,7 +180,7 @@ constexpr Extended quotient_b[11] = {
     0x4004A7675879D68B587E_ext, 0x4004B31DFA672D7FB8C0_ext};
 constexpr Extended quotient_k = 0xBFD783A27775D86F9A81_ext;
 
-constexpr FactorTable binades = _C5;
+constexpr FactorTable<7> binades = _C5;
 
 /// log gamma for x in [0.875, 512).
 long double own_lgamma_pos(long double x) {

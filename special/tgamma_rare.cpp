@@ -51,7 +51,7 @@ constexpr Extended double_sine[] = {
     0xBFEDEA124C68E704C5CB_ext, 0x3FF29BA38CFD59C8AA1D_ext, 0xBFF699C0B552303D5B21_ext,
     0x3FF9D63402E79A853175_ext, 0xBFFCC354723906DB36BA_ext, 0x3FFECFCE5A015E236291_ext};
 
-constexpr FactorTable blocks = _tgamma_A_table;
+constexpr FactorTable<12> blocks = _tgamma_A_table;
 
 struct OfDouble {
   using Element = double;
