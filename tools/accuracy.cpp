@@ -24,9 +24,10 @@ The largest errors found against MPFR, in units in the last place of the correct
 rounded up in the last digit shown. A result of half a unit or less is correctly rounded. Half is
 measured on all its operands; double and float on neighbourhoods of special values and on dense
 random operands, so that a larger error may exist between them. An infinity where the exact result
-is a number counts as the power of two above the largest number. Written by `tools/accuracy`, on the
-library or, without AVX-512, on the portable build, whose estimates of reciprocals and roots differ
-from the processor's in their last bits: rows of 300,000 operands are of that kind.
+is a number counts as the power of two above the largest number. Written by `tools/accuracy` on the
+library; rows of all 4294967296 floats are what `zorp_check` found. Estimates of reciprocals and roots
+are the processor's own, so that the errors of what depends on them differ a little between
+processors, and from those of the portable build.
 
 Families with one right result (`fma`, rounding to integers, taking numbers apart, selection, integer
 division, conversions) have no rows: they give that result, and the tests compare it bit for bit.
