@@ -5,7 +5,7 @@
                    [--document FILE]
 
 BENCH is the program zorp_bench, LIBRARY libzorp_z1.so, GENERATE the tool zorp_generate. The text
-between the two markers of the document is replaced. --json keeps what was measured; a file that
+between the two markers of the document is replaced. --angles writes the table of large angles instead. --json keeps what was measured; a file that
 exists already is taken instead of a measurement. Every time is the least of the repetitions: what
 else runs on the machine can only add to it.
 """
@@ -26,6 +26,8 @@ from machine_code import PREFIX, Library, signatures
 
 ROOT = Path(__file__).resolve().parent.parent
 BEGIN, END = "<!-- tables: begin -->", "<!-- tables: end -->"
+ANGLES_BEGIN, ANGLES_END = "<!-- angles: begin -->", "<!-- angles: end -->"
+ANGLES = r"^(sin|cos|tan|sincos|sincosreg)(8|f16)(_native)?/.*/throughput$"
 # Cycles for each of the dependent multiplications that `clock` times.
 MULTIPLICATION = 3
 HALF_INSTRUCTION = re.compile(r"v(add|mul|sub|fn?m(add|sub)\d+)ph")
@@ -189,6 +191,34 @@ def report(times, library, table_of, repetitions):
     return lines
 
 
+def angles_table(bench, library, repetitions, scratch):
+    """Times of the trigonometric functions by the share of large operands, beside SLEEF's."""
+    columns = {}
+    for share in ("ordinary", "mixed", "large"):
+        if share != "ordinary":
+            os.environ["ZORP_ANGLES"] = share
+        measured = Path(scratch) / f"{share}.json"
+        measure(bench, library, ANGLES, repetitions, measured)
+        columns[share] = Times(measured)
+    header = ["kernel", "ordinary", "one a vector", "ratio", "all large", "ratio"]
+    rows = []
+    for kernel in columns["ordinary"].kernels:
+        cells = [kernel]
+        for share, times in columns.items():
+            contenders = {name: c["throughput"] for name, c in times.kernels[kernel].items()}
+            own = contenders.pop("zorp_z1")
+            cells.append(number(own / times.operands, 3))
+            if share != "ordinary":
+                cells += [number(own / rival, 2) for rival in contenders.values()]
+        rows.append(cells)
+    return ["", *table(header, sorted(rows)), ""]
+
+
+def replace(document, begin, end, lines):
+    before, rest = document.read_text().split(begin)
+    document.write_text("\n".join([before + begin, *lines]) + end + rest.split(end)[1])
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("bench")
@@ -198,9 +228,15 @@ def main():
     parser.add_argument("--repetitions", type=int, default=15)
     parser.add_argument("--json", type=Path)
     parser.add_argument("--document", type=Path, default=ROOT / "docs" / "performance.md")
+    parser.add_argument("--angles", action="store_true", help="large angles, not all kernels")
     arguments = parser.parse_args()
 
     with tempfile.TemporaryDirectory() as scratch:
+        if arguments.angles:
+            lines = angles_table(
+                arguments.bench, arguments.library, arguments.repetitions, scratch
+            )
+            return replace(arguments.document, ANGLES_BEGIN, ANGLES_END, lines)
         measured = arguments.json or Path(scratch) / "times.json"
         if not measured.exists():
             count = arguments.repetitions
@@ -209,10 +245,7 @@ def main():
     lines = report(
         times, Library(arguments.library), signatures(arguments.generate), arguments.repetitions
     )
-    text = arguments.document.read_text()
-    before, rest = text.split(BEGIN)
-    after = rest.split(END)[1]
-    arguments.document.write_text("\n".join([before + BEGIN, "", *lines]) + END + after)
+    replace(arguments.document, BEGIN, END, ["", *lines])
 
 
 if __name__ == "__main__":
