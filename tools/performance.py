@@ -200,7 +200,7 @@ def angles_table(bench, library, repetitions, scratch):
         measured = Path(scratch) / f"{share}.json"
         measure(bench, library, ANGLES, repetitions, measured)
         columns[share] = Times(measured)
-    header = ["kernel", "ordinary", "one a vector", "ratio", "all large", "ratio"]
+    header = ["large angles", "ordinary", "one a vector", "ratio", "all large", "ratio"]
     rows = []
     for kernel in columns["ordinary"].kernels:
         cells = [kernel]
