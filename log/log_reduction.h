@@ -15,7 +15,7 @@ namespace zorp {
 template <class V>
 inline constexpr int fraction_bits = same<typename V::Element, double> ? 52 : 23;
 
-/// x = 2^e (1 + r) / c', |r| <= 2^(1-bits) or hardly more. c is the reciprocal of the
+/// x = 2^e (1 + r) / c', |r| <= 2^-bits or hardly more. c is the reciprocal of the
 /// significand in [1, 2), rounded to a multiple of 2^-bits in [1/2, 1]; c' is c, or 2 c below 3/4,
 /// which counts into the next binade: so x just below 1 has e = 0 and c' = 1, as x just above 1,
 /// and nothing cancels there. The top of c's fraction indexes a table of 2^(bits-1) values -log c'.
