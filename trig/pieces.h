@@ -129,8 +129,9 @@ template <int N>
   const auto slice = [&](int i) { return lookup(__dsin_g_ReductionTab.from[i], first); };
   const V t1 = slice(1), t2 = slice(2), t3 = slice(3);
 
-  GatheringSum<V> sum{slice(0) * xl, constant<V>(0)};
-  sum.add(t1 * xh);
+  const V first_product = slice(0) * xl, second_product = t1 * xh;
+  const V both = first_product + second_product;
+  GatheringSum<V> sum{both, (first_product - both) + second_product};
   // Whole turns.
   const Bits below_turn = mul_low_words(first, Bits(k.slice_bits)) - (exponent - k.turn_origin);
   sum.s = sum.s - without_low_bits(sum.s + sum.lost, below_turn);
@@ -177,7 +178,7 @@ template <int N>
   const Mask<N> sliced = compare<_CMP_GE_OQ>(a, k.least_slices);
   const Mask<N> parted = compare<_CMP_GE_OQ>(a, k.least_parts) ^ sliced;
   if (!any(sliced)) return reduce_by_parts(a, k);
-  // Smaller exponents have no slices.
+  // Smaller numbers have no slices, and their products could be subnormal, which takes long.
   const PiecesReduction<N> slices = reduce_by_slices(max(a, k.least_slices), k);
   if (!any(parted)) return slices;
   const PiecesReduction<N> parts = reduce_by_parts(a, k);

@@ -63,30 +63,17 @@ struct Sincos {
     }
     ();
     const V a = x & k.absmask;
-    const V y = fma(a, k.inv_pi, k.shift);
-    const V n = y - k.shift;
-    const V parity = from_bits<double>(shift_left<63>(bits(y)));
-    V r = fnma(n, k.pi1, a);
-    r = fnma(n, k.pi2, r);
-    // Where r is next to 0, pi3 may change its sign yet: rc is then next to pi/2 on either side.
-    const V side = r & sign_mask<V>();
-    const V m = n + (side ^ k.half);
-    V rc = fnma(m, k.pi1, a);
-    rc = fnma(m, k.pi2, rc);
-    if constexpr (tier == Tier::standard) {
-      r = fnma(n, k.pi3, r);
-      rc = fnma(m, k.pi3, rc);
-    }
-    const auto [s, c] = sines<tier>(r, rc, k);
-    const V sine = s ^ parity ^ (x ^ a);
-    const V cosine = select(classify<zeros>(x), V(k.one), c ^ side ^ parity ^ sign_mask<V>());
     const auto large = compare<_CMP_NLE_UQ>(a, k.limit);
     if (any(large)) [[unlikely]] {
       const auto far = far_from_zero<tier>(x, a);
-      return Outcome<V, V>{select(large, far.first, sine), select(large, far.second, cosine),
-                           classify<infinities | nans>(x)};
+      const auto special = classify<infinities | nans>(x);
+      if (!any(~large)) return Outcome<V, V>{far.first, far.second, special};
+      const auto close = near_zero<tier>(x, a, k);
+      return Outcome<V, V>{select(large, far.first, close.first),
+                           select(large, far.second, close.second), special};
     }
-    return Outcome<V, V>{sine, cosine, {0}};
+    const auto close = near_zero<tier>(x, a, k);
+    return Outcome<V, V>{close.first, close.second, {0}};
   }
 
   template <Tier, int N>
@@ -148,6 +135,29 @@ struct Sincos {
 
   template <int N>
   using SineCosine = Results<Vec<double, N>, Vec<double, N>>;
+  template <Tier tier, int N, class Block>
+  [[gnu::always_inline]] static SineCosine<N> near_zero(Vec<double, N> x, Vec<double, N> a,
+                                                        const Block& k) {
+    using V = Vec<double, N>;
+    const V y = fma(a, k.inv_pi, k.shift);
+    const V n = y - k.shift;
+    const V parity = from_bits<double>(shift_left<63>(bits(y)));
+    V r = fnma(n, k.pi1, a);
+    r = fnma(n, k.pi2, r);
+    // Where r is next to 0, pi3 may change its sign yet: rc is then next to pi/2 on either side.
+    const V side = r & sign_mask<V>();
+    const V m = n + (side ^ k.half);
+    V rc = fnma(m, k.pi1, a);
+    rc = fnma(m, k.pi2, rc);
+    if constexpr (tier == Tier::standard) {
+      r = fnma(n, k.pi3, r);
+      rc = fnma(m, k.pi3, rc);
+    }
+    const auto [s, c] = sines<tier>(r, rc, k);
+    const V sine = s ^ parity ^ (x ^ a);
+    const V cosine = select(classify<zeros>(x), V(k.one), c ^ side ^ parity ^ sign_mask<V>());
+    return {sine, cosine};
+  }
   template <Tier tier, int N>
   static SineCosine<N> far_from_zero(Vec<double, N> x, Vec<double, N> a) {
     if constexpr (tier == Tier::standard) {
