@@ -61,7 +61,8 @@ function(zorp_generated file)
   add_custom_command(
     OUTPUT ${file}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${directory}
-    COMMAND zorp_generate ${ARGN} > ${file}
+    COMMAND zorp_generate ${ARGN} > ${file}.new
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different ${file}.new ${file}
     DEPENDS zorp_generate
     COMMENT "Generating ${file}"
     VERBATIM)

@@ -163,16 +163,21 @@ inline __m256i fnms(__m256i a, __m256i b, __m256i c) {
   return detail::fused<Fused::nmsub, mode>(a, b, c);
 }
 
-/// 1/v, correctly rounded to nearest.
-inline __m256i reciprocal(__m256i v) {
-  return narrow<rn>(_mm512_div_round_ps(_mm512_set1_ps(1), widen(v), embedded<rn>));
+namespace detail {
+/// An estimate of 14 bits as half's instructions give it: rounded to nearest, ties away from zero.
+inline __m256i narrow_estimate(__m512 v) {
+  const __mmask16 finite = ~_mm512_fpclass_ps_mask(v, 0x18);
+  const __m512i beyond_tie = _mm512_or_si512(_mm512_castps_si512(v), _mm512_set1_epi32(1));
+  return narrow<rn>(_mm512_mask_mov_ps(v, finite, _mm512_castsi512_ps(beyond_tie)));
 }
+}  // namespace detail
 
-/// 1/sqrt(v), correctly rounded to nearest: for no half do the two float roundings before the last
-/// one move the value across a midpoint.
+/// An estimate of 1/v, the one that processors with half arithmetic have.
+inline __m256i reciprocal(__m256i v) { return detail::narrow_estimate(_mm512_rcp14_ps(widen(v))); }
+
+/// The same of 1/sqrt(v).
 inline __m256i reciprocal_root(__m256i v) {
-  const __m512 root = _mm512_sqrt_round_ps(widen(v), embedded<rn>);
-  return narrow<rn>(_mm512_div_round_ps(_mm512_set1_ps(1), root, embedded<rn>));
+  return detail::narrow_estimate(_mm512_rsqrt14_ps(widen(v)));
 }
 
 // ---- Comparison and classes

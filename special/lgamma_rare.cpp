@@ -124,62 +124,6 @@ long double float_negative(float x) {
 
 // ---- Double: ranges of x > 0 --------------------------------------------------------------------
 
-/// t A(t^2) + t^2 B(t^2), the higher coefficients in double.
-struct DoubleRange {
-  uint64_t a_high[6];
-  Extended a_low[3];
-  uint64_t b_high[6];
-  Extended b_low[2];
-  long double operator()(long double t) const {
-    const long double s = t * t;
-    return t * horner_from(horner(a_high, s), a_low, s) +
-           s * horner_from(horner(b_high, s), b_low, s);
-  }
-};
-// lgamma(2 + t) = p[8] t + ... + p[0] t^17 + p[16] t^2 + ... + p[9] t^16 with p = double_around_2
-// on |t| <= 1/4: relative error 2^-65.1
-constexpr DoubleRange double_around_2 = {
-    {0xBEA01D7AFA5D8F52, 0xBEC112CD07CFC31A, 0xBEE3CBEDB4C918AA, 0xBF078DE5618D8C9F,
-     0xBF2D3FD4C7F68563, 0xBF538AC5C2BF540D},
-    {0xBFF7F2027E10C7B051EC_ext, 0xBFFB89F000D2ABB03401_ext, 0x3FFDD8773039049E70B6_ext},
-    {0x3EB1010986E60253, 0x3ED2528A428D30E1, 0x3EF580F6D9D0F72D, 0x3F1A127AD811A53D,
-     0x3F40B36AF884AE9A, 0x3F67ADD6EADB5718},
-    {0x3FF9A8991563EC243383_ext, 0x3FFDA51A6625307D3230_ext}};
-// lgamma(x) = log_at_minimum + p[8] t + ... + p[0] t^17 + p[16] t^2 + ... + p[9] t^16
-// with p = double_around_minimum, t = x + double_minimum on [1.25, 1.75]: error 2^-65.0
-constexpr DoubleRange double_around_minimum = {
-    {0xBF12680486396DE6, 0xBF2E098A8A2332A8, 0xBF422633DA3A1496, 0xBF56F9849D3BC6CC,
-     0xBF6E2F1A1F804B5D, 0xBF851F9F9516A98F},
-    {0xBFFA864D46FA895985C1_ext, 0xBFFC97213C6E35E12043_ext, 0x3FC78A8A42A401D979B7_ext},
-    {0x3F23C51FC332CD9D, 0x3F370E61B73B205C, 0x3F4CC70680768857, 0x3F6283126F58D7F4,
-     0x3F78FCE02A032428, 0x3F9266E797A1433F},
-    {0x3FFB845A14A6A81B0638_ext, 0x3FFDF7B95E4771C55C99_ext}};
-constexpr Extended double_minimum = 0xBFFFBB16C31AB5F1FC00_ext;  // where gamma is least, negated
-constexpr Extended log_at_minimum = 0xBFFBF8CDCDE61C520E0F_ext;
-// lgamma(1 + t) = p[8] t + ... + p[0] t^17 + p[16] t^2 + ... + p[9] t^16 with p = double_around_1
-// on [-1/8, 1/4]: relative error 2^-60.9
-constexpr DoubleRange double_around_1 = {
-    {0xBF9A04F7E40C8498, 0xBFB10C251723B123, 0xBFB3B63609CA0CBD, 0xBFB748A3CFCE4717,
-     0xBFBC806766F48C41, 0xBFC2703A1D85497E},
-    {0xBFFCD45CE0BD54BE3D67_ext, 0xBFFDCD26AADF559676D0_ext, 0xBFFE93C467E37DB0C7A7_ext},
-    {0x3FAB79D8D9380F03, 0x3FB2669DAD69A12D, 0x3FB5564EA1675539, 0x3FB9A01DEE29966A,
-     0x3FC010B36CDA773A, 0x3FC5B40CB0FD353C},
-    {0x3FFD8A8991563ECBBA5D_ext, 0x3FFED28D3312983E9844_ext}};
-
-// lgamma(x) = (x - 2) quotient_k (x^2 + quotient_a[0] x + quotient_b[0])
-// ... (x^2 + quotient_a[10] x + quotient_b[10]) on [2.25, 4]: relative error 2^-61.6
-constexpr Extended quotient_a[11] = {
-    0xC001F888E8D7892718A2_ext, 0x3FFDF62F273BA12A4639_ext, 0xBFFCA93AC50A37EC8D38_ext,
-    0xBFFFB4CC43D2C161E057_ext, 0xC000C6AC672F0C1392C7_ext, 0xC001A292B9AE3276942E_ext,
-    0xC001E554E4CCCA6C7B7B_ext, 0xC00292F0F55FBC87F860_ext, 0xC002AF60D0112843F6C1_ext,
-    0xC002C5956500FA3D92E7_ext, 0xC002D3B22CCBD8587750_ext};
-constexpr Extended quotient_b[11] = {
-    0x4001D888B6CF34159B54_ext, 0x3FFEBCB79C8329FD9F44_ext, 0x4000CB8896FAD69C455D_ext,
-    0x4001E510A424639EBF5E_ext, 0x4002C65ED41B097486B3_ext, 0x4003943AF77763601441_ext,
-    0x4003C8A93F9ECB06E891_ext, 0x4003FC2E5A4AD33DE19D_ext, 0x40049526B75B38670119_ext,
-    0x4004A7675879D68B587E_ext, 0x4004B31DFA672D7FB8C0_ext};
-constexpr Extended quotient_k = 0xBFD783A27775D86F9A81_ext;
-
 constexpr FactorTable<7> binades = _C5;
 
 /// log gamma for x in [0.875, 512).

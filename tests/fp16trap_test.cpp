@@ -203,6 +203,15 @@ uint64_t complex(const Lane& l) {
          apply(conjugate ? model::fma : model::fnma, b, d, real);
 }
 
+uint64_t reciprocal(const Lane& l) {
+  const __m128 x = _mm_set_ss(float(model::number(model::Half(l.a))));
+  return model::narrowed_estimate(l, _mm_cvtss_f32(_mm_rcp14_ss(x, x)));
+}
+uint64_t reciprocal_root(const Lane& l) {
+  const __m128 x = _mm_set_ss(float(model::number(model::Half(l.a))));
+  return model::narrowed_estimate(l, _mm_cvtss_f32(_mm_rsqrt14_ss(x, x)));
+}
+
 uint64_t truncate(model::Operation f, Lane l) {
   l.mode = rz;
   return f(l);
@@ -230,8 +239,8 @@ std::map<std::string, Semantics> make_instructions() {
                           {"vmax", "23", model::max},
                           {"vsqrt", "3", model::sqrt},
                           {"vgetexp", "3", model::exponent},
-                          {"vrcp", "3", model::reciprocal},
-                          {"vrsqrt", "3", model::reciprocal_root},
+                          {"vrcp", "3", reciprocal},
+                          {"vrsqrt", "3", reciprocal_root},
                           {"vrndscale", "3", model::round_scale},
                           {"vreduce", "3", model::reduce},
                           {"vgetmant", "3", model::significand},
@@ -363,7 +372,9 @@ void model_lanes(const Parsed& p, const Semantics& s, MachineRegisters& m) {
   if (test) {
     m.mask[to.number] = test_result;
   } else if (scalar) {
-    std::memcpy(result + s.result_bytes, first_bytes + s.result_bytes, 16 - s.result_bytes);
+    const bool fused = p.mnemonic.starts_with("vf") && s.result_bytes == 2;
+    const uint8_t* const rest = fused ? bytes_of(to, m) : first_bytes;
+    std::memcpy(result + s.result_bytes, rest + s.result_bytes, 16 - s.result_bytes);
     write_vector(m, to.number, result, 16);
   } else {
     write_vector(m, to.number, result, count * s.result_bytes);

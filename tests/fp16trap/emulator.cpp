@@ -35,9 +35,11 @@ class Emulator {
         write_lanes();
         break;
       case Form::scalar:
+      case Form::scalar_fused:
       case Form::from_general:
         read_operands(1);
         compute();
+        if (instruction_.form == Form::scalar_fused) work_.first = work_.old;
         write_lane(work_.result);
         break;
       case Form::packed_test:

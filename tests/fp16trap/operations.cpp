@@ -310,10 +310,10 @@ constexpr std::array<Instruction, 10> fused_instructions(uint8_t opcode) {
     return Instruction{form, map_6, p66, 0, uint8_t(opcode + offset), 2, 2, compute};
   };
   return {at(packed, 6, fused<digits, maddsub>), at(packed, 7, fused<digits, msubadd>),
-          at(packed, 8, fused<digits, madd>),    at(scalar, 9, fused<digits, madd>),
-          at(packed, 10, fused<digits, msub>),   at(scalar, 11, fused<digits, msub>),
-          at(packed, 12, fused<digits, nmadd>),  at(scalar, 13, fused<digits, nmadd>),
-          at(packed, 14, fused<digits, nmsub>),  at(scalar, 15, fused<digits, nmsub>)};
+          at(packed, 8, fused<digits, madd>),    at(scalar_fused, 9, fused<digits, madd>),
+          at(packed, 10, fused<digits, msub>),   at(scalar_fused, 11, fused<digits, msub>),
+          at(packed, 12, fused<digits, nmadd>),  at(scalar_fused, 13, fused<digits, nmadd>),
+          at(packed, 14, fused<digits, nmsub>),  at(scalar_fused, 15, fused<digits, nmsub>)};
 }
 constexpr std::array fused_orders = {fused_instructions<132>(0x90), fused_instructions<213>(0xa0),
                                      fused_instructions<231>(0xb0)};

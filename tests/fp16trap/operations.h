@@ -27,6 +27,7 @@ struct Work {
 enum class Form : uint8_t {
   packed,        // vector (op vector) op vector/memory
   scalar,        // the same on lane 0; the rest of the low 128 bits comes from `first`
+  scalar_fused,  // the same, but the rest keeps its former value
   packed_test,   // to a mask register
   scalar_test,   // to bit 0 of a mask register
   flags,         // to the processor's flags

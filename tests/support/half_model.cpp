@@ -170,13 +170,10 @@ uint64_t fnma(const Lane& l) { return fused(l, 0x8000, 0); }
 uint64_t fnms(const Lane& l) { return fused(l, 0x8000, 0x8000); }
 uint64_t sqrt(const Lane& l) { return unary(l, mpfr_sqrt, l.mode); }
 
-uint64_t reciprocal(const Lane& l) {
-  return unary(
-      l, [](mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rnd) { return mpfr_ui_div(r, 1, x, rnd); }, rn);
-}
-uint64_t reciprocal_root(const Lane& l) {
-  if (l.a == 0x8000) return with_sign(kInfinity, true);
-  return unary(l, mpfr_rec_sqrt, rn);
+/// Ties go away from zero, as from what lies just behind them.
+uint64_t narrowed_estimate(const Lane& l, float estimate) {
+  if (const Half nan = first_nan({l.a})) return nan;
+  return nearest(std::nextafter(double{estimate}, std::copysign(INFINITY, estimate)));
 }
 
 uint64_t scale(const Lane& l) {

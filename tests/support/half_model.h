@@ -34,8 +34,7 @@ uint64_t fms(const Lane&);   // a*b - c
 uint64_t fnma(const Lane&);  // c - a*b
 uint64_t fnms(const Lane&);  // -a*b - c
 uint64_t sqrt(const Lane&);
-uint64_t reciprocal(const Lane&);
-uint64_t reciprocal_root(const Lane&);
+uint64_t narrowed_estimate(const Lane&, float estimate);  // of 1/a or 1/sqrt(a), from its 14 bits
 uint64_t scale(const Lane&);
 uint64_t min(const Lane&);
 uint64_t max(const Lane&);
