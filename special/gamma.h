@@ -111,11 +111,22 @@ struct Lgamma {
 
   template <int N>
   static Outcome<Vec<double, N>> in_two_doubles(Vec<double, N> x, const LgammaDoubleBlock& k) {
-    const auto near = compare<_CMP_GE_OQ>(x, k.start) & compare<_CMP_LT_OQ>(x, k.end);
-    if (any(~near)) [[unlikely]]
-      return rounded(anywhere(x, near, k),
-                     compare<_CMP_GE_OQ>(x, k.least) & compare<_CMP_LT_OQ>(x, k.largest));
-    return rounded(by_range<false>(x, x, k), near);
+    const auto near = is_near(x, k);
+    auto result = rounded(by_range<false>(x, x, k), near);
+    if (any(result.special)) [[unlikely]] {
+      if (any(~near)) {
+        result.first = select(near, result.first, elsewhere(x));
+        result.special = result.special & (near | classify<nans>(result.first));
+      }
+      return result;
+    }
+    return {result.first, {0}};
+  }
+
+  /// Whether a polynomial serves.
+  template <class V>
+  static Mask<V::lanes> is_near(V x, const LgammaDoubleBlock& k) {
+    return compare<_CMP_GE_OQ>(x, k.start) & compare<_CMP_LT_OQ>(x, k.end);
   }
 
   /// A sum of two doubles and a bound of what it and the routine's result are apart.
@@ -125,7 +136,7 @@ struct Lgamma {
   };
 
   template <class V>
-  static Outcome<V> rounded(const Parts<V>& value, Mask<V::lanes> served) {
+  [[gnu::always_inline]] static Outcome<V> rounded(const Parts<V>& value, Mask<V::lanes> served) {
     const V least = value.high + (value.low - value.error);
     const V most = value.high + (value.low + value.error);
     return {most, ~(served & equal(bits(least), bits(most)))};
@@ -133,7 +144,7 @@ struct Lgamma {
 
   /// By the polynomials: for x in [0.875, 512), or for x + rest with a rest far below x.
   template <bool has_rest, class V>
-  static Parts<V> by_range(V x, V rest, const LgammaDoubleBlock& k) {
+  [[gnu::always_inline]] static Parts<V> by_range(V x, V rest, const LgammaDoubleBlock& k) {
     const auto index = select(compare<_CMP_LT_OQ>(x, k.four), shift_right<50>(bits(x + k.quarter)),
                               shift_right<52>(bits(x)) + k.next_index);
     const V u = fma(x, lookup(k.scale, index), lookup(k.offset, index));
@@ -189,10 +200,11 @@ struct Lgamma {
             fma(magnitude(high), k.log_relative_error, k.log_error)};
   }
 
-  /// Beside x in [0.875, 512), where it is near: positive x below, by gamma(x + 1) = x gamma(x),
-  /// and above, by Stirling's series.
+  /// Positive x below 0.875, by gamma(x + 1) = x gamma(x), and from 512 on, by Stirling's series. A
+  /// NaN where the routine is to be asked.
   template <class V>
-  static Parts<V> anywhere(V x, Mask<V::lanes> near, const LgammaDoubleBlock& k) {
+  [[gnu::noinline]] static V elsewhere(V x) {
+    const auto& k = rows(__zorp_dlgamma_data);
     const auto small = compare<_CMP_LT_OQ>(x, k.start);
     const V z = add_where(small, x, k.one);
     const V rest = select(small, x - (z - k.one), constant<V>(0));
@@ -214,11 +226,11 @@ struct Lgamma {
     const V above_low = fma(x, log.low, fms(x, log_less_1, above)) + added;
     const V above_bound = above * k.stirling_error;
 
-    const auto choose = [&](V in_range, V if_below, V if_above) {
-      return select(near, in_range, select(small, if_below, if_above));
-    };
-    return {choose(at_z.high, below, above), choose(at_z.low, below_low, above_low),
-            choose(at_z.error, below_bound, above_bound)};
+    const Parts<V> value = {select(small, below, above), select(small, below_low, above_low),
+                            select(small, below_bound, above_bound)};
+    const auto served = compare<_CMP_GE_OQ>(x, k.least) & compare<_CMP_LT_OQ>(x, k.largest);
+    const auto result = rounded(value, served);
+    return select(result.special, constant<V>(0x7FF8000000000000), result.first);
   }
 };
 
